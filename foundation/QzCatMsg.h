@@ -1,0 +1,14 @@
+#ifndef QZCATMSG_H
+#define QZCATMSG_H
+
+#include <cstdint>
+
+/// A static message-catalog record: catalog (domain) name, message identifier and the
+/// default text used when no translation is found. Records are constant-initialised globals.
+struct QzCatMsg {
+    const char* catalog;
+    std::int32_t id;
+    const char* defaultText;
+};
+
+#endif

@@ -1,0 +1,5 @@
+#include "QzInternalErr.h"
+
+QzInternalErr::~QzInternalErr() = default;
+
+void QzInternalErr::raise() const { throw *this; }

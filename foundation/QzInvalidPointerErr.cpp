@@ -1,0 +1,5 @@
+#include "QzInvalidPointerErr.h"
+
+QzInvalidPointerErr::~QzInvalidPointerErr() = default;
+
+void QzInvalidPointerErr::raise() const { throw *this; }

@@ -1,0 +1,14 @@
+#ifndef QZINVALIDPOINTERERR_H
+#define QZINVALIDPOINTERERR_H
+
+#include "Qzxmsg.h"
+
+/// Raised when an empty counted handle is dereferenced.
+class QzInvalidPointerErr : public Qzxmsg {
+public:
+    using Qzxmsg::Qzxmsg;
+    ~QzInvalidPointerErr() override;
+    [[noreturn]] void raise() const override;
+};
+
+#endif

@@ -1,0 +1,68 @@
+#ifndef QZXMLUTILS_H
+#define QZXMLUTILS_H
+
+#include <cstdint>
+
+#include "QzCString.h"
+#include "QzDate.h"
+#include "QzDateTime.h"
+
+class QzXmlName;
+
+/// Static string and numeric constants, ISO 8601 conversions, name and text helpers and
+/// character-set conversion. The class has no instances.
+class QzXmlUtils {
+public:
+    QzXmlUtils() = delete;
+
+    static const QzCString Blank;          ///< " "
+    static const QzCString Newline;        ///< "\n"
+    static const QzCString Tab;            ///< "\t"
+    static const QzCString WhiteSpace;     ///< " \n\t"
+    static const QzCString EmptyString;    ///< ""
+    static const QzCString Hypen;          ///< "-" (historic spelling, kept for callers)
+    static const QzCString Hyphen;         ///< "-"
+    static const QzCString Colon;          ///< ":"
+    static const QzCString Plus;           ///< "+"
+    static const QzCString Minus;          ///< "-"
+    static const QzCString TimeSeparator;  ///< "T"
+    static const QzCString UTimeZone;      ///< "Z"
+    static const QzCString TZD;            ///< "Z+-": the bytes that can open a zone designator
+    static const QzCString ISO8601Format;  ///< "%Y-%m-%dT%X"
+    static const QzCString ISO8601Date;    ///< "%Y-%m-%d"
+    static const QzCString ISO8601Time;    ///< "%X"
+
+    static constexpr unsigned char TabUtf8 = 9;
+    static constexpr unsigned char NewlineUtf8 = 10;
+    static constexpr unsigned char BlankUtf8 = 32;
+    static constexpr std::uint64_t MinDateTimeLength = 19;  ///< as in 2001-02-03T04:05:06
+    static constexpr std::uint64_t MinTimeLength = 8;       ///< as in 04:05:06
+    static constexpr std::uint64_t MinDateLength = 10;      ///< as in 2001-02-03
+
+    /// Formats dateTime in UTC: with ISO8601Format the ISO 8601 text (fraction after "."),
+    /// with any other strftime pattern that pattern in the "C" locale.
+    static QzCString convertDateTimeToISOString(const QzDateTime& dateTime,
+                                                const QzCString& format);
+    /// Parses ISO 8601 text (UTC unless it names a zone); malformed text gives the invalid value.
+    static QzDateTime convertISODateStringToDateTime(const QzCString& text);
+    /// The date's local midnight written as a UTC date (so east of UTC, the day before).
+    static QzCString convertDateToISOString(const QzDate& date);
+    /// The UTC calendar date of the ISO 8601 text.
+    static QzDate convertISODateStringToDate(const QzCString& text);
+
+    /// text without the space, tab and line feed bytes at the ends that where selects.
+    static QzCString stripWhiteSpaceAndNewlines(const QzCString& text, QzCString::stripType where);
+    /// The bytes before the first ":", or the empty string.
+    static QzCString getPrefix(const QzCString& qualifiedName);
+    /// Splits at the first ":"; without one, prefix is left unchanged.
+    static void getPrefixAndLocalName(const QzCString& qualifiedName, QzCString& prefix,
+                                      QzCString& localName);
+    /// A copy of a one-element text whose outer element is renamed to name, declaring the
+    /// name's namespace unless the start tag already binds its URI to a prefix.
+    static QzCString changeName(const QzXmlName& name, const QzCString& element);
+    /// data converted from one ICU character set to another; throws QzXmlBadArgError.
+    static QzCString convertCharset(const QzCString& data, const QzCString& fromCharset,
+                                    const QzCString& toCharset);
+};
+
+#endif
