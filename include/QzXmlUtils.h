@@ -4,9 +4,8 @@
 #include <cstdint>
 
 #include "QzCString.h"
-#include "QzDate.h"
-#include "QzDateTime.h"
-
+class QzDate;
+class QzDateTime;
 class QzXmlName;
 
 /// Static string and numeric constants, ISO 8601 conversions, name and text helpers and
