@@ -1,5 +1,19 @@
 #include "QzXmlUtils.h"
 
+#include "QzCTokenizer.h"
+#include "QzDate.h"
+#include "QzDateTime.h"
+#include "QzLocaleSnapshot.h"
+#include "QzUFromUnicodeConverter.h"
+#include "QzUInit.h"
+#include "QzUString.h"
+#include "QzUToUnicodeConverter.h"
+#include "QzXmlBadArgError.h"
+#include "QzXmlName.h"
+#include "QzXmlNamespace.h"
+#include "QzZone.h"
+#include "Qzxmsg.h"
+
 // Built at load time in this order; read-only afterwards.
 const QzCString QzXmlUtils::Blank(" ");
 const QzCString QzXmlUtils::Newline("\n");
@@ -17,3 +31,143 @@ const QzCString QzXmlUtils::TZD("Z+-");
 const QzCString QzXmlUtils::ISO8601Format("%Y-%m-%dT%X");
 const QzCString QzXmlUtils::ISO8601Date("%Y-%m-%d");
 const QzCString QzXmlUtils::ISO8601Time("%X");
+
+namespace {
+
+bool isXmlUtilsWhiteSpace(char c) { return c == ' ' || c == '\t' || c == '\n'; }
+
+// Dates are read and written in UTC (and the "C" locale), whatever the process's settings.
+const QzZone& utc() { return QzZone::utc(); }
+
+// A prefixed declaration in the start-tag body that binds uri makes a new one unnecessary.
+bool bodyDeclaresUri(const QzCString& body, const QzCString& uri) {
+    QzCTokenizer next(body);
+    // The delimiters are the white space bytes and NUL, so pass the terminator too.
+    const char* delims = QzXmlUtils::WhiteSpace.c_str();
+    const QzSize_T ndelims = QzXmlUtils::WhiteSpace.length() + 1;
+    next(delims, ndelims);  // the old tag name
+    for (QzCString token = next(delims, ndelims); !token.empty(); token = next(delims, ndelims)) {
+        const QzCString attrName = token.substr(0, token.find('='));
+        // The value runs from after the first double quote to before the token's last byte;
+        // without a quote it starts at 0, as the unsigned arithmetic wraps.
+        const QzSize_T start = token.find('"') + 1;
+        const QzSize_T last = token.length() - 1;
+        const QzCString value = start < last ? token.substr(start, last - start) : QzCString();
+        QzCString prefix;
+        QzCString localName;
+        QzXmlUtils::getPrefixAndLocalName(attrName, prefix, localName);
+        if (prefix == QzXmlNamespace::getXmlns().getPrefix() && value == uri) return true;
+    }
+    return false;
+}
+
+// Where the attributes of a start-tag body begin: past the blanks and the word after byte 0.
+QzSize_T attributesStart(const QzCString& body) {
+    const char* s = body.data();
+    const QzSize_T len = body.length();
+    QzSize_T pos = len == 0 ? 0 : 1;
+    while (pos < len && s[pos] == ' ') ++pos;
+    while (pos < len && s[pos] != ' ') ++pos;
+    return pos;
+}
+
+}  // namespace
+
+QzCString QzXmlUtils::convertDateTimeToISOString(const QzDateTime& dateTime,
+                                                 const QzCString& format) {
+    const QzLocaleSnapshot cLocale("C");
+    if (format != ISO8601Format) return dateTime.asString(format.c_str(), cLocale, utc());
+    QzCString text = dateTime.asString(QzDateTime::iso8601, cLocale, utc());
+    const QzSize_T comma = text.find(',');
+    if (comma != QzCString::npos) text[comma] = '.';
+    return text;
+}
+
+QzDateTime QzXmlUtils::convertISODateStringToDateTime(const QzCString& text) {
+    return QzDateTime(text, QzDateTime::iso8601, QzLocaleSnapshot("C"), utc());
+}
+
+QzCString QzXmlUtils::convertDateToISOString(const QzDate& date) {
+    const QzLocaleSnapshot cLocale("C");
+    // Local midnight written in UTC: east of UTC that is the day before, as callers expect.
+    const QzDateTime midnight(date, 0, 0, 0, 0, QzZone::local());
+    QzCString text = midnight.asString(QzDateTime::iso8601, cLocale, utc());
+    const QzSize_T t = text.find('T');
+    if (t != QzCString::npos) text.resize(t);
+    return text;
+}
+
+QzDate QzXmlUtils::convertISODateStringToDate(const QzCString& text) {
+    const QzDateTime dateTime = convertISODateStringToDateTime(text);
+    return QzDate(dateTime.dayOfMonth(utc()), dateTime.month(utc()), dateTime.year(utc()));
+}
+
+QzCString QzXmlUtils::stripWhiteSpaceAndNewlines(const QzCString& text,
+                                                 QzCString::stripType where) {
+    const char* s = text.data();
+    QzSize_T first = 0;
+    QzSize_T last = text.length();
+    if (where & QzCString::leading) {
+        while (first < last && isXmlUtilsWhiteSpace(s[first])) ++first;
+    }
+    if (where & QzCString::trailing) {
+        while (last > first && isXmlUtilsWhiteSpace(s[last - 1])) --last;
+    }
+    return QzCString(s + first, last - first);
+}
+
+QzCString QzXmlUtils::getPrefix(const QzCString& qualifiedName) {
+    const QzSize_T colon = qualifiedName.find(Colon.data()[0]);
+    return colon == QzCString::npos ? QzCString() : qualifiedName.substr(0, colon);
+}
+
+void QzXmlUtils::getPrefixAndLocalName(const QzCString& qualifiedName, QzCString& prefix,
+                                       QzCString& localName) {
+    const QzSize_T colon = qualifiedName.find(Colon.data()[0]);
+    if (colon == QzCString::npos) {
+        // The prefix is deliberately left as the caller had it.
+        localName = qualifiedName;
+        return;
+    }
+    prefix = qualifiedName.substr(0, colon);
+    localName = qualifiedName.substr(colon + 1);
+}
+
+QzCString QzXmlUtils::changeName(const QzXmlName& name, const QzCString& element) {
+    if (element.empty() || element.data()[0] != '<') return element;
+    const QzSize_T firstGt = element.find('>', 1);
+    const QzSize_T lastLt = element.std().rfind('<');
+    if (firstGt == QzCString::npos || lastLt == 0 || firstGt >= lastLt) return element;
+
+    const QzCString body = element.substr(1, firstGt - 1);
+    const QzCString& uri = name.getURI();
+    const bool declare =
+        uri != QzXmlNamespace::getEmptyNamespace().getURI() && !bodyDeclaresUri(body, uri);
+    const QzSize_T attrs = attributesStart(body);
+
+    QzCString result(element.length() + uri.length() + name.getQualifiedName().length() + 16);
+    result.append("<", 1).append(name.getQualifiedName());
+    if (declare) {
+        result.append(" xmlns:", 7).append(name.getPrefix()).append("=\"", 2);
+        result.append(uri).append("\" ", 2);
+    }
+    result.append(body.data() + attrs, body.length() - attrs).append(">", 1);
+    result.append(element.data() + firstGt + 1, lastLt - firstGt - 1);
+    result.append("</>\n", 4);
+    return result;
+}
+
+QzCString QzXmlUtils::convertCharset(const QzCString& data, const QzCString& fromCharset,
+                                     const QzCString& toCharset) {
+    try {
+        const QzUInit guard;
+        QzUToUnicodeConverter decoder(fromCharset.c_str());
+        QzUFromUnicodeConverter encoder(toCharset.c_str());
+        const QzUString units(data, decoder);
+        // QzUString's units are UTF-16 code units, the representation toBytes expects.
+        return QzUString::toBytes(reinterpret_cast<const unsigned short*>(units.data()),
+                                  units.length(), encoder);
+    } catch (const Qzxmsg& e) {
+        throw QzXmlBadArgError(QzCString("Character set conversion failed: ") + e.why());
+    }
+}

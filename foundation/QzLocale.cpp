@@ -1,0 +1,3 @@
+#include "QzLocale.h"
+
+QzLocale::~QzLocale() = default;

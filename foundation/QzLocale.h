@@ -1,0 +1,20 @@
+#ifndef QZLOCALE_H
+#define QZLOCALE_H
+
+#include <locale.h>
+
+/// An abstract locale: it supplies the POSIX locale that date and time formatting uses.
+class QzLocale {
+public:
+    virtual ~QzLocale();
+
+    /// The POSIX locale handle, valid for the lifetime of this object.
+    virtual locale_t posixLocale() const noexcept = 0;
+
+protected:
+    QzLocale() = default;
+    QzLocale(const QzLocale&) = default;
+    QzLocale& operator=(const QzLocale&) = default;
+};
+
+#endif

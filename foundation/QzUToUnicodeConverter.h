@@ -1,0 +1,13 @@
+#ifndef QZUTOUNICODECONVERTER_H
+#define QZUTOUNICODECONVERTER_H
+
+#include "QzUConverterBase.h"
+
+/// Converter from a named byte encoding into UTF-16.
+class QzUToUnicodeConverter : public QzUConverterBase {
+public:
+    /// Opens encodingName for decoding; throws Qzxmsg when ICU does not know it.
+    explicit QzUToUnicodeConverter(const char* encodingName);
+};
+
+#endif

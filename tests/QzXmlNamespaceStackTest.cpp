@@ -1,0 +1,57 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "QzXmlAttributeSet.h"
+#include "QzXmlInternalError.h"
+#include "QzXmlNamespaceStack.h"
+
+TEST(QzXmlNamespaceStack, InnerScopesHideOuterAndEarliestWinsWithinOne) {
+    QzXmlNamespaceStack stack;
+    EXPECT_EQ(&QzXmlAttributeSet::EmptyString, &stack.getURIForPrefix(""));
+    EXPECT_EQ(&QzXmlAttributeSet::EmptyString, &stack.getPrefixForURI("u"));
+    stack.popScope();
+    EXPECT_THROW(stack.addNamespace(QzXmlNamespace("p", "u")), QzXmlInternalError);
+
+    stack.pushScope();
+    stack.addNamespace(QzXmlNamespace("p", "u1"));
+    stack.addNamespace(QzXmlNamespace("", "default"));
+    stack.addNamespace(QzXmlNamespace("p", "shadowed"));
+    stack.addNamespace(QzXmlNamespace("q", "u1"));
+    EXPECT_EQ(QzCString("u1"), stack.getURIForPrefix("p"));
+    EXPECT_EQ(QzCString("p"), stack.getPrefixForURI("u1"));
+    EXPECT_EQ(QzCString("default"), stack.getURIForPrefix(""));
+    EXPECT_EQ(QzCString(), stack.getURIForPrefix("P"));
+
+    stack.pushScope();
+    stack.addNamespace(QzXmlNamespace("p", "u2"));
+    EXPECT_EQ(QzCString("u2"), stack.getURIForPrefix("p"));
+    // Matches on the URI alone, so it answers p although p now means u2.
+    EXPECT_EQ(QzCString("p"), stack.getPrefixForURI("u1"));
+    stack.popScope();
+    EXPECT_EQ(QzCString("u1"), stack.getURIForPrefix("p"));
+    stack.popScope();
+    EXPECT_EQ(QzCString(), stack.getURIForPrefix("p"));
+}
+
+TEST(QzXmlNamespaceStack, CopiesShareScopes) {
+    auto original = std::make_unique<QzXmlNamespaceStack>();
+    original->pushScope();
+    QzXmlNamespaceStack copy(*original);
+    copy.addNamespace(QzXmlNamespace("p", "u"));
+    EXPECT_EQ(QzCString("u"), original->getURIForPrefix("p"));
+
+    original->pushScope();
+    original->addNamespace(QzXmlNamespace("own", "o"));
+    EXPECT_EQ(QzCString(), copy.getURIForPrefix("own"));
+
+    original.reset();  // the shared scope must outlive the stack that made it
+    copy.addNamespace(QzXmlNamespace("r", "v"));
+    EXPECT_EQ(QzCString("u"), copy.getURIForPrefix("p"));
+    EXPECT_EQ(QzCString("r"), copy.getPrefixForURI("v"));
+
+    QzXmlNamespaceStack assigned;
+    assigned = copy;
+    copy.popScope();
+    EXPECT_EQ(QzCString("u"), assigned.getURIForPrefix("p"));
+}
