@@ -71,7 +71,8 @@ QzSize_T qzCStrFindFirstOf(const char* s, QzSize_T slen, const char* set, QzSize
                            QzSize_T start) {
     if (setlen == 0 || slen == 0 || start >= slen) return QzCString::npos;
     bool member[256] = {};
-    for (QzSize_T i = 0; i < setlen; ++i) member[static_cast<unsigned char>(set[i])] = true;
+    for (QzSize_T i = 0; i < setlen; ++i)
+        member[static_cast<unsigned char>(set[i])] = true;
     for (QzSize_T i = start; i < slen; ++i) {
         if (member[static_cast<unsigned char>(s[i])]) return i;
     }

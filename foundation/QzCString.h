@@ -51,19 +51,40 @@ public:
     char& operator[](QzSize_T i);
 
     /// Appends n bytes from s.
-    QzCString& append(const char* s, QzSize_T n) { str_.append(s, n); return *this; }
+    QzCString& append(const char* s, QzSize_T n) {
+        str_.append(s, n);
+        return *this;
+    }
     /// Appends another string.
-    QzCString& append(const QzCString& s) { str_.append(s.str_); return *this; }
+    QzCString& append(const QzCString& s) {
+        str_.append(s.str_);
+        return *this;
+    }
     /// Appends count copies of c.
-    QzCString& append(char c, QzSize_T count) { str_.append(count, c); return *this; }
+    QzCString& append(char c, QzSize_T count) {
+        str_.append(count, c);
+        return *this;
+    }
     QzCString& operator+=(const QzCString& s) { return append(s); }
-    QzCString& operator+=(const char* s) { str_ += s; return *this; }
-    QzCString& operator+=(char c) { str_ += c; return *this; }
+    QzCString& operator+=(const char* s) {
+        str_ += s;
+        return *this;
+    }
+    QzCString& operator+=(char c) {
+        str_ += c;
+        return *this;
+    }
 
     /// Replaces the contents with n bytes from s.
-    QzCString& assign(const char* s, QzSize_T n) { str_.assign(s, n); return *this; }
+    QzCString& assign(const char* s, QzSize_T n) {
+        str_.assign(s, n);
+        return *this;
+    }
     /// Replaces the contents with a copy of s.
-    QzCString& assign(const QzCString& s) { str_.assign(s.str_); return *this; }
+    QzCString& assign(const QzCString& s) {
+        str_.assign(s.str_);
+        return *this;
+    }
 
     /// Truncates to n bytes, or pads with 0x00 up to n bytes.
     void resize(QzSize_T n) { str_.resize(n); }
@@ -86,9 +107,15 @@ private:
     std::string str_;
 };
 
-inline bool operator==(const QzCString& a, const QzCString& b) noexcept { return a.std() == b.std(); }
-inline bool operator!=(const QzCString& a, const QzCString& b) noexcept { return a.std() != b.std(); }
-inline bool operator<(const QzCString& a, const QzCString& b) noexcept { return a.std() < b.std(); }
+inline bool operator==(const QzCString& a, const QzCString& b) noexcept {
+    return a.std() == b.std();
+}
+inline bool operator!=(const QzCString& a, const QzCString& b) noexcept {
+    return a.std() != b.std();
+}
+inline bool operator<(const QzCString& a, const QzCString& b) noexcept {
+    return a.std() < b.std();
+}
 /// Concatenation.
 QzCString operator+(const QzCString& a, const QzCString& b);
 /// Writes the bytes unchanged.

@@ -2,4 +2,6 @@
 
 QzInternalErr::~QzInternalErr() = default;
 
-void QzInternalErr::raise() const { throw *this; }
+void QzInternalErr::raise() const {
+    throw *this;
+}

@@ -2,4 +2,6 @@
 
 QzInvalidPointerErr::~QzInvalidPointerErr() = default;
 
-void QzInvalidPointerErr::raise() const { throw *this; }
+void QzInvalidPointerErr::raise() const {
+    throw *this;
+}

@@ -40,7 +40,8 @@ private:
         if (body_ != nullptr && body_->removeReference() == 0) delete body_;
     }
     T* validBody() const {
-        if (body_ == nullptr) throw QzInvalidPointerErr(QzMessage(&QZFOUNDATIONMSG_INVALID_POINTER));
+        if (body_ == nullptr)
+            throw QzInvalidPointerErr(QzMessage(&QZFOUNDATIONMSG_INVALID_POINTER));
         return body_;
     }
 

@@ -20,4 +20,6 @@ QzUConverterBase::QzUConverterBase(const char* encodingName) {
     }
 }
 
-QzUConverterBase::~QzUConverterBase() { ucnv_close(converter_); }
+QzUConverterBase::~QzUConverterBase() {
+    ucnv_close(converter_);
+}

@@ -10,7 +10,8 @@
 QzUInit::QzUInit() {
     UErrorCode status = U_ZERO_ERROR;
     u_init(&status);
-    if (U_FAILURE(status)) throw Qzxmsg(QzMessage(&QZFOUNDATIONMSG_CONVERSION, u_errorName(status)));
+    if (U_FAILURE(status))
+        throw Qzxmsg(QzMessage(&QZFOUNDATIONMSG_CONVERSION, u_errorName(status)));
 }
 
 QzUInit::~QzUInit() = default;

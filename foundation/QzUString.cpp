@@ -55,10 +55,8 @@ QzCString QzUString::toBytes(const unsigned short* units, unsigned long count,
     const UChar* source = reinterpret_cast<const UChar*>(units);
     const UChar* const sourceLimit = source + count;
     std::string out;
-    convertAll(out, count,
-               [&](char*& target, char* limit, UErrorCode& st) {
-                   ucnv_fromUnicode(cnv, &target, limit, &source, sourceLimit, nullptr, true,
-                                    &st);
-               });
+    convertAll(out, count, [&](char*& target, char* limit, UErrorCode& st) {
+        ucnv_fromUnicode(cnv, &target, limit, &source, sourceLimit, nullptr, true, &st);
+    });
     return QzCString(std::move(out));
 }

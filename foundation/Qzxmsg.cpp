@@ -6,4 +6,6 @@ Qzxmsg::Qzxmsg(const QzMessage& msg) : msg_(msg.str()) {}
 
 Qzxmsg::~Qzxmsg() = default;
 
-void Qzxmsg::raise() const { throw *this; }
+void Qzxmsg::raise() const {
+    throw *this;
+}

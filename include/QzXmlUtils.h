@@ -4,8 +4,9 @@
 #include <cstdint>
 
 #include "QzCString.h"
-class QzDate;
-class QzDateTime;
+#include "QzDate.h"
+#include "QzDateTime.h"
+
 class QzXmlName;
 
 /// Static string and numeric constants, ISO 8601 conversions, name and text helpers and

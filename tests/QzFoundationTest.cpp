@@ -16,7 +16,8 @@ namespace {
 std::vector<std::string> tokens(const QzCString& text, const char* delims, QzSize_T n) {
     QzCTokenizer next(text);
     std::vector<std::string> out;
-    for (QzCString t = next(delims, n); !t.empty(); t = next(delims, n)) out.push_back(t.std());
+    for (QzCString t = next(delims, n); !t.empty(); t = next(delims, n))
+        out.push_back(t.std());
     return out;
 }
 

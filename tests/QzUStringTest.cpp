@@ -10,7 +10,9 @@
 
 namespace {
 
-std::u16string units(const QzUString& s) { return std::u16string(s.data(), s.length()); }
+std::u16string units(const QzUString& s) {
+    return std::u16string(s.data(), s.length());
+}
 
 QzCString encode(const std::u16string& s, const char* charset) {
     QzUFromUnicodeConverter encoder(charset);

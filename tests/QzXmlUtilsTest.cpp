@@ -114,7 +114,8 @@ TEST(QzXmlUtils, ChangeNameRenamesTheOuterElement) {
 }
 
 TEST(QzXmlUtils, ConvertCharsetReportsFailuresAsBadArgument) {
-    EXPECT_EQ(QzCString("caf\xC3\xA9"), QzXmlUtils::convertCharset("caf\xE9", "ISO-8859-1", "UTF-8"));
+    EXPECT_EQ(QzCString("caf\xC3\xA9"),
+              QzXmlUtils::convertCharset("caf\xE9", "ISO-8859-1", "UTF-8"));
     EXPECT_EQ(QzCString("\0<\0a\0>", 6), QzXmlUtils::convertCharset("<a>", "UTF-8", "UTF-16BE"));
     EXPECT_EQ(QzCString("\xC1\x81", 2), QzXmlUtils::convertCharset("Aa", "UTF-8", "ibm-037"));
     try {
@@ -132,7 +133,8 @@ TEST(QzXmlUtils, ConvertCharsetReportsFailuresAsBadArgument) {
 }
 
 TEST(QzXmlUtils, DateTimesAreWrittenAndReadInUtc) {
-    const QzDateTime dt = QzXmlUtils::convertISODateStringToDateTime("2001-02-03T04:05:06,25+01:00");
+    const QzDateTime dt =
+        QzXmlUtils::convertISODateStringToDateTime("2001-02-03T04:05:06,25+01:00");
     ASSERT_TRUE(dt.isValid());
     EXPECT_EQ(QzCString("2001-02-03T03:05:06.250Z"), iso(dt));
     EXPECT_EQ(QzCString("2001-02-03T03:05:06Z"),

@@ -34,10 +34,14 @@ const QzCString QzXmlUtils::ISO8601Time("%X");
 
 namespace {
 
-bool isXmlUtilsWhiteSpace(char c) { return c == ' ' || c == '\t' || c == '\n'; }
+bool isXmlUtilsWhiteSpace(char c) {
+    return c == ' ' || c == '\t' || c == '\n';
+}
 
 // Dates are read and written in UTC (and the "C" locale), whatever the process's settings.
-const QzZone& utc() { return QzZone::utc(); }
+const QzZone& utc() {
+    return QzZone::utc();
+}
 
 // A prefixed declaration in the start-tag body that binds uri makes a new one unnecessary.
 bool bodyDeclaresUri(const QzCString& body, const QzCString& uri) {
@@ -66,8 +70,10 @@ QzSize_T attributesStart(const QzCString& body) {
     const char* s = body.data();
     const QzSize_T len = body.length();
     QzSize_T pos = len == 0 ? 0 : 1;
-    while (pos < len && s[pos] == ' ') ++pos;
-    while (pos < len && s[pos] != ' ') ++pos;
+    while (pos < len && s[pos] == ' ')
+        ++pos;
+    while (pos < len && s[pos] != ' ')
+        ++pos;
     return pos;
 }
 
@@ -108,10 +114,12 @@ QzCString QzXmlUtils::stripWhiteSpaceAndNewlines(const QzCString& text,
     QzSize_T first = 0;
     QzSize_T last = text.length();
     if (where & QzCString::leading) {
-        while (first < last && isXmlUtilsWhiteSpace(s[first])) ++first;
+        while (first < last && isXmlUtilsWhiteSpace(s[first]))
+            ++first;
     }
     if (where & QzCString::trailing) {
-        while (last > first && isXmlUtilsWhiteSpace(s[last - 1])) --last;
+        while (last > first && isXmlUtilsWhiteSpace(s[last - 1]))
+            --last;
     }
     return QzCString(s + first, last - first);
 }
