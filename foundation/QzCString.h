@@ -65,11 +65,14 @@ public:
         str_.append(count, c);
         return *this;
     }
+    /// Appends s.
     QzCString& operator+=(const QzCString& s) { return append(s); }
+    /// Appends the NUL-terminated s.
     QzCString& operator+=(const char* s) {
         str_ += s;
         return *this;
     }
+    /// Appends the byte c.
     QzCString& operator+=(char c) {
         str_ += c;
         return *this;
@@ -107,12 +110,15 @@ private:
     std::string str_;
 };
 
+/// Byte-wise equality.
 inline bool operator==(const QzCString& a, const QzCString& b) noexcept {
     return a.std() == b.std();
 }
+/// Byte-wise inequality.
 inline bool operator!=(const QzCString& a, const QzCString& b) noexcept {
     return a.std() != b.std();
 }
+/// Byte-wise order, bytes compared unsigned.
 inline bool operator<(const QzCString& a, const QzCString& b) noexcept {
     return a.std() < b.std();
 }
