@@ -153,8 +153,9 @@ QzCString QzXmlUtils::changeName(const QzXmlName& name, const QzCString& element
         uri != QzXmlNamespace::getEmptyNamespace().getURI() && !bodyDeclaresUri(body, uri);
     const QzSize_T attrs = attributesStart(body);
 
-    QzCString result(element.length() + uri.length() + name.getQualifiedName().length() + 16);
-    result.append("<", 1).append(name.getQualifiedName());
+    const QzCString qualifiedName = name.getQualifiedName();
+    QzCString result(element.length() + uri.length() + qualifiedName.length() + 16);
+    result.append("<", 1).append(qualifiedName);
     if (declare) {
         result.append(" xmlns:", 7).append(name.getPrefix()).append("=\"", 2);
         result.append(uri).append("\" ", 2);
