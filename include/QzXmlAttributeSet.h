@@ -102,6 +102,9 @@ public:
     void clear() noexcept { attributes_.clear(); }
 
 private:
+    // The reader files a whole tag's attributes at once, sorted, instead of one add each.
+    friend class QzXmlReader;
+
     std::vector<QzXmlAttribute> attributes_;
 };
 

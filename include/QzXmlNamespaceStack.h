@@ -18,33 +18,37 @@ public:
     /// No scope open.
     QzXmlNamespaceStack() = default;
     /// A stack sharing the scopes that other holds now.
-    QzXmlNamespaceStack(const QzXmlNamespaceStack& other) = default;
+    QzXmlNamespaceStack(const QzXmlNamespaceStack& other);
     /// Drops this stack's scopes and shares the scopes that other holds now.
-    QzXmlNamespaceStack& operator=(const QzXmlNamespaceStack& other) = default;
+    QzXmlNamespaceStack& operator=(const QzXmlNamespaceStack& other);
     /// Releases this stack's scopes; a scope is destroyed once no stack refers to it.
-    ~QzXmlNamespaceStack() = default;
+    ~QzXmlNamespaceStack();
 
     /// Opens a new, empty innermost scope.
     void pushScope();
     /// Closes the innermost scope; does nothing when no scope is open.
     void popScope();
-    /// Appends a copy of ns to the innermost scope; throws QzXmlInternalError with no scope open.
+    /// Appends ns to the innermost scope; throws QzXmlInternalError when no scope is open.
     void addNamespace(const QzXmlNamespace& ns);
-    /// The URI of the first declaration of prefix found, or QzXmlAttributeSet::EmptyString.
-    /// The reference stays valid until its scope is popped or added to.
+    /// The URI of the first declaration of prefix, innermost scope first; EmptyString if none.
     const QzCString& getURIForPrefix(const QzCString& prefix) const;
-    /// The prefix of the first declaration of uri found, or QzXmlAttributeSet::EmptyString.
-    /// The reference stays valid until its scope is popped or added to.
+    /// The prefix of the first declaration of uri, innermost scope first; EmptyString if none.
     const QzCString& getPrefixForURI(const QzCString& uri) const;
 
 private:
-    using Scope = std::vector<QzXmlNamespace>;
+    class Scope;
 
-    const QzCString& lookUp(const QzCString& key,
-                            const QzCString& (QzXmlNamespace::*keyOf)() const noexcept,
-                            const QzCString& (QzXmlNamespace::*answerOf)() const noexcept) const;
+    // Scopes stay unallocated (null) until something is declared in them, so that a deep
+    // document costs no allocation per element; populated_ lists the allocated ones so that
+    // lookups never walk the empty scopes.
+    void shareAll() const;
 
-    std::vector<std::shared_ptr<Scope>> scopes_;  ///< outermost first
+    using FindIn = const QzXmlNamespace* (Scope::*)(const QzCString&) const;
+    using AnswerOf = const QzCString& (QzXmlNamespace::*)() const noexcept;
+    const QzCString& lookUp(const QzCString& key, FindIn findIn, AnswerOf answerOf) const;
+
+    mutable std::vector<std::shared_ptr<Scope>> scopes_;  ///< outermost first
+    mutable std::vector<std::size_t> populated_;          ///< indices of allocated scopes
 };
 
 #endif

@@ -1,0 +1,195 @@
+#ifndef QZXMLREADER_H
+#define QZXMLREADER_H
+
+#include <cstdint>
+#include <iosfwd>
+#include <vector>
+
+#include "QzCString.h"
+#include "QzXmlAttribute.h"
+#include "QzXmlAttributeSet.h"
+#include "QzXmlName.h"
+#include "QzXmlNamespace.h"
+#include "QzXmlNamespaceStack.h"
+
+/// Pull parser over one document held in memory. The constructor takes the input, decodes it
+/// to UTF-8 and reads the prolog, leaving the reader on the root element; the caller then
+/// walks the document with readNextNode or the element operations. Every syntax error throws
+/// QzXmlParseError with the line and column reached (columns count bytes of the UTF-8 text).
+/// A reader is used by one thread at a time and is not copyable.
+class QzXmlReader {
+public:
+    /// Kind of the current node.
+    enum NodeType { StartTag = 0, EndTag = 1, EmptyElement = 2, Content = 3, NoNode = 4 };
+
+    /// The empty name; readElement(NullName) accepts any element.
+    static const QzXmlName NullName;
+
+    /// Reads the whole stream and its prolog; throws QzXmlParseError on malformed input.
+    explicit QzXmlReader(std::istream& input);
+    /// Copies the document and reads its prolog; throws QzXmlParseError on malformed input.
+    explicit QzXmlReader(const QzCString& document);
+    /// Reads the caller's buffer in place, without a copy: it must outlive the reader, and
+    /// UTF-16 input is byte-swapped where it lies. Throws QzXmlParseError.
+    QzXmlReader(unsigned char* buffer, unsigned long length);
+    /// Releases the document buffer if the reader allocated it.
+    ~QzXmlReader();
+    QzXmlReader(const QzXmlReader&) = delete;
+    QzXmlReader& operator=(const QzXmlReader&) = delete;
+
+    /// True when at most one unread byte remains; outside the root element it first skips
+    /// whitespace.
+    bool eof();
+    /// Reads the next node of any kind (comments and processing instructions are skipped).
+    void readNextNode();
+    /// Whether the next node is a start or empty-element tag matching name; reads it ahead
+    /// without consuming it. An empty URI in name stands for the URI of name's prefix.
+    bool isElementNext(const QzXmlName& name);
+    /// Reads the next start or empty-element tag, skipping text; "Couldn't find start tag".
+    void readElementStart();
+    /// The same, requiring the element to match name; returns its attributes.
+    const QzXmlAttributeSet& readElementStart(const QzXmlName& name);
+    /// The same with a qualified name resolved against the namespaces in scope.
+    const QzXmlAttributeSet& readElementStart(const QzCString& name);
+    /// The text of the current element with references expanded (empty for an empty
+    /// element); the reference is valid until the next read.
+    const QzCString& readElementValue();
+    /// Reads the next end tag (or completes an empty element); "Couldn't find end tag".
+    void readElementEnd();
+    /// The same, requiring the end tag's name to equal name.
+    void readElementEnd(const QzXmlName& name);
+    /// The same with a qualified name resolved against the namespaces in scope.
+    void readElementEnd(const QzCString& name);
+    /// Reads a whole element and returns it as raw document text; an empty string, with the
+    /// node left pending, when no element comes next.
+    QzCString readElement(const QzXmlName& name = NullName);
+    /// The same with a qualified name resolved against the namespaces in scope.
+    QzCString readElement(const QzCString& name);
+
+    /// Declares ns in the innermost scope, as if the document had declared it there.
+    void addNamespace(const QzXmlNamespace& ns);
+    /// Resolves a qualified name (prefix:local) against the namespaces in scope; an unknown
+    /// prefix gets an empty URI.
+    QzXmlName getXmlName(const QzCString& qualifiedName) const;
+
+    /// Kind of the current node.
+    NodeType getNodeType() const noexcept { return static_cast<NodeType>(nodeType_); }
+    /// Resolved name of the tag read last.
+    const QzXmlName& getCurrentName() const noexcept { return currentName_; }
+    /// Attributes of the start tag read last, namespace declarations included.
+    const QzXmlAttributeSet& getCurrentAttributes() const noexcept { return currentAttributes_; }
+    /// Text of the content node read last.
+    const QzCString& getValue() const noexcept { return value_; }
+    /// Number of open elements.
+    std::int32_t getDepth() const noexcept { return depth_; }
+    /// Input encoding, as detected or declared.
+    const QzCString& getEncodingName() const noexcept { return encodingName_; }
+    /// The version of the XML declaration; empty without one.
+    const QzCString& getDeclaredVersion() const noexcept { return declaredVersion_; }
+    /// "yes" or "no" from the XML declaration; empty when it has no standalone.
+    const QzCString& getDeclaredStandalone() const noexcept { return declaredStandalone_; }
+    /// Whether the XML declaration named an encoding.
+    bool isEncodingDeclared() const noexcept { return encodingDeclared_; }
+    /// Whether the XML declaration carried standalone.
+    bool isStandaloneDeclared() const noexcept { return standaloneDeclared_; }
+    /// Whether a node was read ahead and is still to be consumed.
+    bool isNodePending() const noexcept { return nodePending_; }
+    /// Whether references in attribute values are expanded (true by default).
+    bool getExpandReferences() const noexcept { return expandReferences_; }
+    /// When false, an "&" in an attribute value is kept literally.
+    void setExpandReferences(bool expand) noexcept { expandReferences_ = expand; }
+
+private:
+    using Byte = unsigned char;
+
+    void adoptOwnedText();
+    void readDocument();
+    [[noreturn]] void err(const QzCString& message) const;
+    [[noreturn]] void prematureEof();
+    [[noreturn]] void errInvalidBang(unsigned char third) const;
+    bool atEnd() const noexcept { return cursor_ >= limit_; }
+    Byte takeByte();
+    void skipBytes(std::ptrdiff_t count);
+
+    // Input decoding.
+    void readAndProcessBOM();
+    void transcodeDocument(const QzCString& encoding);
+    QzCString transcode8859_1() const;
+    QzCString transcodeUTF16BE();
+    QzCString transcodeUTF16LE();
+    void swapUnitsInPlace();
+
+    // Lexical primitives.
+    void readS();
+    void readName(QzCString& name);
+    void readName(QzXmlName& name);
+    std::uint32_t decodeCharacter();
+
+    // Prolog.
+    void readProlog();
+    void readPIOrXmlDecl();
+    void readXmlDecl();
+    void skipToValue();
+    Byte* findQuote();
+    void readQuotedInto(QzCString& text);
+    void readComment();
+    void readDocTypeDecl();
+
+    // Tags.
+    void readTag();
+    void readEndTag();
+    void readAttribute();
+    void readAttributeValue(Byte quote);
+    void addAttribute(const QzCString& name, const QzCString& value);
+    void stageAttribute(const QzCString& localName, const QzCString& value,
+                        const QzCString& prefix, const QzCString& uri);
+    void commitAttributes();
+    void fixupAttributeURIs();
+    void resolveName(const QzCString& qualifiedName, QzXmlName& name) const;
+
+    // Character data.
+    void readContent();
+    bool readMarkupInContent();
+    QzCString readReference();
+    std::uint64_t characterReference(const Byte* first, const Byte* last) const;
+    void readCDATA();
+
+    // Navigation.
+    bool matches(const QzXmlName& name) const;
+    [[noreturn]] void errExpected(const QzXmlName& wanted) const;
+    void readNodeAfterText();
+    QzCString rebuildStartTag() const;
+
+    Byte* cursor_ = nullptr;          ///< next unread byte
+    Byte* documentBuffer_ = nullptr;  ///< first byte of the document
+    Byte* limit_ = nullptr;           ///< one past the document's last byte
+    bool ownsBuffer_ = false;         ///< documentBuffer_ is ownedText_'s storage
+    QzCString ownedText_;             ///< the document, when the reader holds its own copy
+    std::int32_t depth_ = 0;
+    QzXmlNamespaceStack namespaceStack_;
+    QzCString encodingName_;
+    QzCString declaredVersion_;
+    QzCString declaredStandalone_;
+    bool encodingDeclared_ = false;
+    bool standaloneDeclared_ = false;
+    QzXmlName currentName_;
+    QzCString value_;
+    QzXmlAttributeSet currentAttributes_;
+    std::int32_t nodeType_ = NoNode;
+    bool nodePending_ = false;
+    bool expandReferences_ = true;
+
+    // Scratch reused from tag to tag, so that reading allocates only when a text outgrows
+    // what an earlier one needed.
+    const Byte* lastTagStart_ = nullptr;  ///< the "<" of the tag read last
+    QzCString rawName_;
+    QzCString attributeName_;
+    QzCString attributeValue_;
+    mutable QzCString localScratch_;
+    mutable QzCString prefixScratch_;
+    std::vector<QzXmlAttribute> staged_;  ///< attributes of the tag being read, in order
+    std::size_t stagedCount_ = 0;
+    std::vector<std::uint32_t> order_;    ///< sort permutation of staged_
+};
+
+#endif

@@ -1,0 +1,943 @@
+#include "QzXmlReader.h"
+
+#include <algorithm>
+#include <cstring>
+#include <istream>
+#include <numeric>
+
+#include "QzBoundsErr.h"
+#include "QzXmlCharInfo.h"
+#include "QzXmlParseError.h"
+#include "QzXmlUtils.h"
+#include "Qzxmsg.h"
+
+const QzXmlName QzXmlReader::NullName;
+
+namespace {
+
+using Byte = unsigned char;
+
+// The library is built for little-endian hosts only.
+constexpr bool isLittleEndian = true;
+
+const QzCString qzEncodingNames[8] = {"UTF-32BE", "UTF-32LE", "UTF-32", "UTF-32",
+                                      "UTF-16BE", "UTF-16LE", "UTF-8",  "EBCDIC"};
+
+// Byte-order marks: four bytes each, of which kBOMLengths[row] are compared and skipped.
+constexpr Byte qzBOMCodes[28] = {0x00, 0x00, 0xFE, 0xFF, 0xFF, 0xFE, 0x00, 0x00, 0x00, 0x00,
+                                 0xFF, 0xFE, 0xFE, 0xFF, 0x00, 0x00, 0xFE, 0xFF, 0x00, 0x00,
+                                 0xFF, 0xFE, 0x00, 0x00, 0xEF, 0xBB, 0xBF, 0x00};
+constexpr int kBOMLengths[7] = {4, 4, 4, 4, 2, 2, 3};
+
+// The first four bytes of a document without a byte-order mark, row i naming encoding i.
+constexpr Byte qzXMLDecls[32] = {0x00, 0x00, 0x00, 0x3C, 0x3C, 0x00, 0x00, 0x00, 0x00, 0x00, 0x3C,
+                                 0x00, 0x00, 0x3C, 0x00, 0x00, 0x00, 0x3C, 0x00, 0x3F, 0x3C, 0x00,
+                                 0x3F, 0x00, 0x3C, 0x3F, 0x78, 0x6D, 0x4C, 0x6F, 0xA7, 0x94};
+
+const QzCString kExpected("Expected ");
+const QzCString kFound(", found ");
+
+// Byte tables for the scanning loops: one lookup per byte instead of a chain of compares.
+struct ByteTable {
+    bool stop[256] = {};
+    constexpr explicit ByteTable(const char* bytes) {
+        for (; *bytes; ++bytes) stop[static_cast<Byte>(*bytes)] = true;
+    }
+    bool operator[](Byte b) const { return stop[b]; }
+};
+
+constexpr ByteTable kWhitespace(" \t\n\r");
+constexpr ByteTable kContentStop("<&\r");
+constexpr ByteTable kAttributeStop("<&\"'");
+constexpr ByteTable kQuote("\"'");
+
+// Value of a hexadecimal digit of a character reference, -1 for anything else. Lower-case
+// "f" is not a digit here, on purpose.
+constexpr int hexDigit(Byte b) {
+    if (b >= '0' && b <= '9') return b - '0';
+    if (b >= 'A' && b <= 'F') return b - 'A' + 10;
+    if (b >= 'a' && b <= 'e') return b - 'a' + 10;
+    return -1;
+}
+
+Byte* skipUntil(Byte* p, const Byte* limit, const ByteTable& table) {
+    while (p < limit && !table[*p]) ++p;
+    return p;
+}
+
+// UTF-8 of a character reference or of a character in a message. The four-byte form always
+// leads with 0xF0: bits above 17 are dropped on purpose.
+void appendUtf8(QzCString& out, std::uint64_t v) {
+    char bytes[4];
+    int n;
+    if (v < 0x80) {
+        bytes[0] = static_cast<char>(v);
+        n = 1;
+    } else if (v < 0x800) {
+        bytes[0] = static_cast<char>(0xC0 | (v >> 6));
+        bytes[1] = static_cast<char>(0x80 | (v & 0x3F));
+        n = 2;
+    } else if (v < 0x10000) {
+        bytes[0] = static_cast<char>(0xE0 | (v >> 12));
+        bytes[1] = static_cast<char>(0x80 | ((v >> 6) & 0x3F));
+        bytes[2] = static_cast<char>(0x80 | (v & 0x3F));
+        n = 3;
+    } else {
+        bytes[0] = static_cast<char>(0xF0);
+        bytes[1] = static_cast<char>(0x80 | ((v >> 12) & 0x3F));
+        bytes[2] = static_cast<char>(0x80 | ((v >> 6) & 0x3F));
+        bytes[3] = static_cast<char>(0x80 | (v & 0x3F));
+        n = 4;
+    }
+    out.append(bytes, n);
+}
+
+std::uint16_t unitAt(const Byte* p) {
+    std::uint16_t u;
+    std::memcpy(&u, p, sizeof u);
+    return u;
+}
+
+// UTF-8 of the native-order 16-bit units that start at first and end before last; a trailing
+// odd byte is ignored and unpaired surrogates come out as three-byte sequences.
+QzCString toUtf8(const Byte* first, const Byte* last) {
+    std::string out;
+    if (last <= first) return QzCString(std::move(out));
+    out.reserve(last - first);
+    const std::size_t units = (last - first) / 2;
+    for (std::size_t i = 0; i < units; ++i) {
+        const std::uint32_t u = unitAt(first + 2 * i);
+        if (u < 0x80) {
+            out += static_cast<char>(u);
+        } else if (u < 0x800) {
+            out += static_cast<char>(0xC0 | (u >> 6));
+            out += static_cast<char>(0x80 | (u & 0x3F));
+        } else if (u >= 0xD800 && u <= 0xDBFF && i + 1 < units &&
+                   (unitAt(first + 2 * i + 2) & 0xFC00) == 0xDC00) {
+            const std::uint32_t cp = unitAt(first + 2 * ++i) + ((u - 0xD800) << 10) + 0x2400;
+            out += static_cast<char>(0xF0 | (cp >> 18));
+            out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+            out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+            out += static_cast<char>(0x80 | (cp & 0x3F));
+        } else {
+            out += static_cast<char>(0xE0 | (u >> 12));
+            out += static_cast<char>(0x80 | ((u >> 6) & 0x3F));
+            out += static_cast<char>(0x80 | (u & 0x3F));
+        }
+    }
+    return QzCString(std::move(out));
+}
+
+bool equals(const QzCString& text, const char* literal) {
+    const std::size_t n = std::strlen(literal);
+    return text.length() == n && std::memcmp(text.data(), literal, n) == 0;
+}
+
+// Depth counts wrap instead of overflowing on absurdly long inputs.
+std::int32_t wrapAdd(std::int32_t value, std::int32_t delta) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(value) +
+                                     static_cast<std::uint32_t>(delta));
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Construction and lexical primitives
+
+QzXmlReader::QzXmlReader(std::istream& input) {
+    ownedText_.readFile(input);
+    adoptOwnedText();
+    namespaceStack_.pushScope();
+    readDocument();
+}
+
+QzXmlReader::QzXmlReader(const QzCString& document) : ownedText_(document) {
+    adoptOwnedText();
+    namespaceStack_.pushScope();
+    readDocument();
+}
+
+QzXmlReader::QzXmlReader(unsigned char* buffer, unsigned long length)
+    : cursor_(buffer), documentBuffer_(buffer), limit_(buffer + length) {
+    namespaceStack_.pushScope();
+    readDocument();
+}
+
+QzXmlReader::~QzXmlReader() = default;
+
+void QzXmlReader::adoptOwnedText() {
+    documentBuffer_ = cursor_ = reinterpret_cast<Byte*>(ownedText_.data());
+    limit_ = documentBuffer_ + ownedText_.length();
+    ownsBuffer_ = true;
+}
+
+void QzXmlReader::readDocument() {
+    readProlog();
+}
+
+// Line and column are worked out only here, never tracked while reading: only LF ends a line
+// and columns count bytes.
+void QzXmlReader::err(const QzCString& message) const {
+    std::uint64_t line = 1;
+    const Byte* lineStart = documentBuffer_;
+    for (const Byte* p = documentBuffer_; p < cursor_; ++p) {
+        if (*p == '\n') {
+            ++line;
+            lineStart = p + 1;
+        }
+    }
+    throw QzXmlParseError(message, QzCString(), line,
+                          static_cast<std::uint64_t>(cursor_ - lineStart) + 1);
+}
+
+void QzXmlReader::prematureEof() {
+    cursor_ = limit_;
+    err("Premature EOF");
+}
+
+QzXmlReader::Byte QzXmlReader::takeByte() {
+    if (atEnd()) prematureEof();
+    return *cursor_++;
+}
+
+void QzXmlReader::skipBytes(std::ptrdiff_t count) {
+    if (limit_ - cursor_ < count) prematureEof();
+    cursor_ += count;
+}
+
+bool QzXmlReader::eof() {
+    if (depth_ == 0 && limit_ - cursor_ > 1) readS();
+    return limit_ - cursor_ <= 1;
+}
+
+void QzXmlReader::readS() {
+    while (cursor_ < limit_ && kWhitespace[*cursor_]) ++cursor_;
+}
+
+// Decodes the UTF-8 character at the cursor and steps past it. Continuation bytes are not
+// checked, and a four-byte lead contributes its bits shifted by 19.
+std::uint32_t QzXmlReader::decodeCharacter() {
+    const Byte b0 = *cursor_;
+    const int length = b0 < 0x80 ? 1 : (b0 >= 0xC2 && b0 <= 0xDF) ? 2 : (b0 >= 0xE0 && b0 <= 0xEF) ? 3 : 4;
+    if (limit_ - cursor_ < length) err("Premature EOF inside character");
+    const Byte* p = cursor_;
+    cursor_ += length;
+    switch (length) {
+        case 1:
+            return b0;
+        case 2:
+            return (b0 & 0x1Fu) << 6 | (p[1] & 0x3Fu);
+        case 3:
+            return (b0 & 0x0Fu) << 12 | (p[1] & 0x3Fu) << 6 | (p[2] & 0x3Fu);
+        default:
+            return (b0 & 0x07u) << 19 | (p[1] & 0x3Fu) << 12 | (p[2] & 0x3Fu) << 6 | (p[3] & 0x3Fu);
+    }
+}
+
+// Only a name's first character is checked against the whole table; later characters are
+// classified only when they are ASCII, so any non-ASCII character may continue a name.
+void QzXmlReader::readName(QzCString& name) {
+    if (atEnd()) prematureEof();
+    const Byte* start = cursor_;
+    const std::uint32_t first = decodeCharacter();
+    if (qzXmlCharClass(first) < 3) {
+        QzCString message("Illegal starting character for name: ");
+        appendUtf8(message, first);
+        err(message);
+    }
+    for (;;) {
+        if (atEnd()) prematureEof();
+        if (*cursor_ >= 0x80) {
+            decodeCharacter();
+        } else if (qzXmlCharClass(*cursor_) >= 2) {
+            ++cursor_;
+        } else {
+            break;
+        }
+    }
+    name.append(reinterpret_cast<const char*>(start), cursor_ - start);
+}
+
+void QzXmlReader::readName(QzXmlName& name) {
+    rawName_.resize(0);
+    readName(rawName_);
+    resolveName(rawName_, name);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Input decoding
+
+void QzXmlReader::readAndProcessBOM() {
+    if (limit_ - cursor_ < 4) prematureEof();
+    const Byte* b = cursor_;
+    if ((b[0] == '<' && b[1] != 0) || kWhitespace[b[0]]) {
+        encodingName_ = qzEncodingNames[6];
+        return;
+    }
+    for (int row = 0; row < 7; ++row) {
+        if (std::memcmp(b, qzBOMCodes + 4 * row, kBOMLengths[row]) == 0) {
+            cursor_ += kBOMLengths[row];
+            transcodeDocument(qzEncodingNames[row]);
+            return;
+        }
+    }
+    for (int row = 0; row < 8; ++row) {
+        if (std::memcmp(b, qzXMLDecls + 4 * row, 4) == 0) {
+            transcodeDocument(qzEncodingNames[row]);
+            return;
+        }
+    }
+    // Labelled but not converted: such a document fails at once on its first character.
+    encodingName_ = qzEncodingNames[0];
+}
+
+void QzXmlReader::transcodeDocument(const QzCString& encoding) {
+    encodingName_ = encoding;
+    std::string upper = encoding.std();
+    for (char& c : upper) {
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    }
+    if (upper == "UTF-8" || upper == "US-ASCII") return;
+    if (upper == "ISO-8859-1") {
+        ownedText_ = transcode8859_1();
+    } else if (upper == "UTF-16" || upper == "UTF-16BE") {
+        ownedText_ = transcodeUTF16BE();
+    } else if (upper == "UTF-16LE") {
+        ownedText_ = transcodeUTF16LE();
+    } else {
+        try {
+            ownedText_ = QzXmlUtils::convertCharset(
+                QzCString(reinterpret_cast<const char*>(cursor_), limit_ - cursor_), encoding,
+                QzCString("UTF-8"));
+        } catch (const Qzxmsg& e) {
+            err(QzCString("Couldn't transcode from input encoding '") + encoding +
+                QzCString("': ") + QzCString(e.why()));
+        }
+    }
+    // The decoded copy is ours to release, also when the input was the caller's buffer.
+    adoptOwnedText();
+}
+
+QzCString QzXmlReader::transcode8859_1() const {
+    std::string out;
+    out.reserve(limit_ - cursor_);
+    for (const Byte* p = cursor_; p < limit_; ++p) {
+        if (*p < 0x80) {
+            out += static_cast<char>(*p);
+        } else {
+            out += static_cast<char>(0xC0 | (*p >> 6));
+            out += static_cast<char>(0x80 | (*p & 0x3F));
+        }
+    }
+    return QzCString(std::move(out));
+}
+
+// Swaps the bytes of every whole 16-bit unit from the cursor on, where they lie: sixteen
+// units a round, then the rest one by one.
+void QzXmlReader::swapUnitsInPlace() {
+    Byte* p = cursor_;
+    for (; limit_ - p >= 32; p += 32) {
+        for (int i = 0; i < 32; i += 2) std::swap(p[i], p[i + 1]);
+    }
+    for (; limit_ - p >= 2; p += 2) std::swap(p[0], p[1]);
+}
+
+QzCString QzXmlReader::transcodeUTF16BE() {
+    if (isLittleEndian) swapUnitsInPlace();
+    return toUtf8(cursor_, limit_);
+}
+
+QzCString QzXmlReader::transcodeUTF16LE() {
+    if (!isLittleEndian) swapUnitsInPlace();
+    return toUtf8(cursor_, limit_);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Prolog
+
+void QzXmlReader::readProlog() {
+    readAndProcessBOM();
+    for (;;) {
+        readS();
+        if (takeByte() != '<') err("First non-ws character in document wasn't '<'");
+        const Byte next = takeByte();
+        if (next == '!') {
+            if (takeByte() == '-') {
+                readComment();
+            } else {
+                --cursor_;
+                readDocTypeDecl();
+            }
+        } else if (next == '?') {
+            readPIOrXmlDecl();
+        } else {
+            cursor_ -= 2;
+            return;
+        }
+    }
+}
+
+void QzXmlReader::readPIOrXmlDecl() {
+    QzCString target;
+    readName(target);
+    if (equals(target, "xml")) {
+        readXmlDecl();
+        return;
+    }
+    // "??>" ends the instruction: a "?" that is not followed by ">" leaves that byte to be
+    // examined afresh.
+    for (;;) {
+        const void* q = std::memchr(cursor_, '?', limit_ - cursor_);
+        if (q == nullptr) prematureEof();
+        cursor_ = static_cast<Byte*>(const_cast<void*>(q)) + 1;
+        if (atEnd()) prematureEof();
+        if (*cursor_ == '>') {
+            ++cursor_;
+            return;
+        }
+    }
+}
+
+// The declaration is read positionally: keywords by their first letter and length, "=" and
+// opening quotes skipped unchecked, values ended by either quote.
+void QzXmlReader::readXmlDecl() {
+    readS();
+    if (limit_ - cursor_ < 7) prematureEof();
+    const bool isVersion = std::memcmp(cursor_, "version", 7) == 0;
+    cursor_ += 7;
+    if (!isVersion) return;
+    skipToValue();
+    readQuotedInto(declaredVersion_);
+    for (;;) {
+        readS();
+        const Byte b = takeByte();
+        if (b == 'e') {
+            skipBytes(7);
+            skipToValue();
+            QzCString encoding;
+            readQuotedInto(encoding);
+            encodingDeclared_ = true;
+            if (encoding != encodingName_) transcodeDocument(encoding);
+        } else if (b == 's') {
+            skipBytes(9);
+            skipToValue();
+            standaloneDeclared_ = true;
+            if (atEnd()) prematureEof();
+            const bool yes = *cursor_ == 'y';
+            declaredStandalone_ = yes ? "yes" : "no";
+            skipBytes(yes ? 3 : 2);
+            cursor_ = findQuote() + 1;
+        } else if (b == '>') {
+            return;
+        }
+    }
+}
+
+// Skips whitespace, the "=", whitespace and the opening quote.
+void QzXmlReader::skipToValue() {
+    readS();
+    skipBytes(1);
+    readS();
+    skipBytes(1);
+}
+
+QzXmlReader::Byte* QzXmlReader::findQuote() {
+    Byte* q = skipUntil(cursor_, limit_, kQuote);
+    if (q == limit_) prematureEof();
+    return q;
+}
+
+void QzXmlReader::readQuotedInto(QzCString& text) {
+    Byte* q = findQuote();
+    text.append(reinterpret_cast<const char*>(cursor_), q - cursor_);
+    cursor_ = q + 1;
+}
+
+void QzXmlReader::readComment() {
+    if (takeByte() != '-') err("Syntax error on comment");
+    for (;;) {
+        const void* dash = std::memchr(cursor_, '-', limit_ - cursor_);
+        if (dash == nullptr) prematureEof();
+        cursor_ = static_cast<Byte*>(const_cast<void*>(dash)) + 1;
+        if (takeByte() == '-') break;
+    }
+    if (takeByte() != '>') err("Invalid -- inside comment");
+}
+
+// Quotes are not recognised: brackets and ">" count wherever they stand.
+void QzXmlReader::readDocTypeDecl() {
+    QzCString name;
+    readName(name);
+    if (!equals(name, "DOCTYPE")) err("Unknown prolog tag");
+    std::int64_t brackets = 0;
+    for (;;) {
+        const Byte b = takeByte();
+        if (b == '[') {
+            ++brackets;
+        } else if (b == ']') {
+            --brackets;
+        } else if (b == '>' && brackets == 0) {
+            return;
+        }
+    }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Tags, attributes and namespaces
+
+void QzXmlReader::readTag() {
+    if (atEnd()) prematureEof();
+    if (*cursor_ == '/') {
+        readEndTag();
+        return;
+    }
+    rawName_.resize(0);
+    readName(rawName_);
+    namespaceStack_.pushScope();
+    currentAttributes_.clear();
+    stagedCount_ = 0;
+    for (;;) {
+        readS();
+        const Byte b = takeByte();
+        if (b == '>') {
+            depth_ = wrapAdd(depth_, 1);
+            nodeType_ = StartTag;
+            commitAttributes();
+            resolveName(rawName_, currentName_);
+            return;
+        }
+        if (b == '/') break;
+        --cursor_;
+        readAttribute();
+    }
+    nodeType_ = EmptyElement;
+    if (takeByte() != '>') err("Invalid '/' found in tag");
+    commitAttributes();
+    resolveName(rawName_, currentName_);
+    namespaceStack_.popScope();
+}
+
+// The name is resolved before the element's scope is popped; the message names "/" whatever
+// byte was found, on purpose.
+void QzXmlReader::readEndTag() {
+    ++cursor_;
+    depth_ = wrapAdd(depth_, -1);
+    nodeType_ = EndTag;
+    readName(currentName_);
+    readS();
+    namespaceStack_.popScope();
+    if (takeByte() != '>') err("Unexpected character /");
+}
+
+void QzXmlReader::readAttribute() {
+    attributeName_.resize(0);
+    readName(attributeName_);
+    readS();
+    if (takeByte() != '=') err("Invalid character in attribute definition");
+    readS();
+    const Byte quote = takeByte();
+    if (quote != '"' && quote != '\'') err("invalid character in attribute definition");
+    attributeValue_.resize(0);
+    readAttributeValue(quote);
+    addAttribute(attributeName_, attributeValue_);
+}
+
+// Values are not normalised: line breaks, tabs and carriage returns are kept as they are.
+void QzXmlReader::readAttributeValue(Byte quote) {
+    for (;;) {
+        Byte* stop = skipUntil(cursor_, limit_, kAttributeStop);
+        attributeValue_.append(reinterpret_cast<const char*>(cursor_), stop - cursor_);
+        cursor_ = stop;
+        const Byte b = takeByte();
+        if (b == quote) return;
+        if (b == '<') err("Syntax error: unterminated attribute value");
+        if (b == '&' && expandReferences_) {
+            attributeValue_ += readReference();
+        } else {
+            attributeValue_ += static_cast<char>(b);
+        }
+    }
+}
+
+// A prefixed attribute keeps its prefix text as a provisional URI until the whole tag has
+// been read, since the declaration it needs may follow it in the same tag.
+void QzXmlReader::addAttribute(const QzCString& name, const QzCString& value) {
+    const QzCString& xmlns = QzXmlNamespace::getXmlns().getPrefix();
+    const QzSize_T colon = name.find(':');
+    if (colon == QzCString::npos) {
+        if (name == xmlns) {
+            namespaceStack_.addNamespace(QzXmlNamespace(QzXmlAttributeSet::EmptyString, value));
+            stageAttribute(name, value, QzXmlAttributeSet::EmptyString, value);
+        } else {
+            stageAttribute(name, value, QzXmlAttributeSet::EmptyString,
+                           QzXmlAttributeSet::EmptyString);
+        }
+        return;
+    }
+    prefixScratch_.assign(name.data(), colon);
+    localScratch_.assign(name.data() + colon + 1, name.length() - colon - 1);
+    if (prefixScratch_ == xmlns) namespaceStack_.addNamespace(QzXmlNamespace(localScratch_, value));
+    stageAttribute(localScratch_, value, prefixScratch_, prefixScratch_);
+}
+
+void QzXmlReader::stageAttribute(const QzCString& localName, const QzCString& value,
+                                 const QzCString& prefix, const QzCString& uri) {
+    if (stagedCount_ == staged_.size()) staged_.emplace_back();
+    QzXmlAttribute& attribute = staged_[stagedCount_++];
+    QzXmlName& name = attribute.getName();
+    name.setLocalName(localName);
+    name.getNamespace().setPrefix(prefix);
+    name.getNamespace().setURI(uri);
+    attribute.setValue(value);
+}
+
+// Files the staged attributes as one-by-one adds to the set would, in n log n: sorted by
+// name, a repeated name keeps its first spelling and its last value.
+void QzXmlReader::commitAttributes() {
+    order_.resize(stagedCount_);
+    std::iota(order_.begin(), order_.end(), 0u);
+    std::sort(order_.begin(), order_.end(), [this](std::uint32_t a, std::uint32_t b) {
+        const int c = staged_[a].getName().compareTo(staged_[b].getName());
+        return c != 0 ? c < 0 : a < b;
+    });
+    std::vector<QzXmlAttribute>& filed = currentAttributes_.attributes_;
+    for (std::uint32_t i : order_) {
+        if (!filed.empty() && filed.back().getName() == staged_[i].getName()) {
+            filed.back().setValue(staged_[i].getValue());
+        } else {
+            filed.push_back(std::move(staged_[i]));
+        }
+    }
+    fixupAttributeURIs();
+}
+
+// Names are rewritten in place, without re-sorting: the set keeps the order of the
+// provisional names.
+void QzXmlReader::fixupAttributeURIs() {
+    for (QzXmlAttribute& attribute : currentAttributes_) {
+        QzXmlNamespace& ns = attribute.getName().getNamespace();
+        ns.setURI(ns.getPrefix().empty() ? QzXmlAttributeSet::EmptyString
+                                         : namespaceStack_.getURIForPrefix(ns.getPrefix()));
+    }
+}
+
+void QzXmlReader::resolveName(const QzCString& qualifiedName, QzXmlName& name) const {
+    const QzSize_T colon = qualifiedName.find(':');
+    if (colon == QzCString::npos) {
+        prefixScratch_.resize(0);
+        name.setLocalName(qualifiedName);
+    } else {
+        prefixScratch_.assign(qualifiedName.data(), colon);
+        localScratch_.assign(qualifiedName.data() + colon + 1, qualifiedName.length() - colon - 1);
+        name.setLocalName(localScratch_);
+    }
+    name.getNamespace().setPrefix(prefixScratch_);
+    name.getNamespace().setURI(namespaceStack_.getURIForPrefix(prefixScratch_));
+}
+
+QzXmlName QzXmlReader::getXmlName(const QzCString& qualifiedName) const {
+    QzXmlName name;
+    resolveName(qualifiedName, name);
+    return name;
+}
+
+void QzXmlReader::addNamespace(const QzXmlNamespace& ns) {
+    namespaceStack_.addNamespace(ns);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Character data
+
+void QzXmlReader::readContent() {
+    if (nodePending_) {
+        nodePending_ = false;
+        return;
+    }
+    nodeType_ = Content;
+    value_.resize(0);
+    for (;;) {
+        Byte* stop = skipUntil(cursor_, limit_, kContentStop);
+        value_.append(reinterpret_cast<const char*>(cursor_), stop - cursor_);
+        cursor_ = stop;
+        if (atEnd()) prematureEof();
+        if (*cursor_ == '&') {
+            ++cursor_;
+            value_ += readReference();
+        } else if (*cursor_ == '\r') {
+            ++cursor_;
+            if (atEnd()) prematureEof();
+            if (*cursor_ == '\n') ++cursor_;
+            value_ += '\n';
+        } else if (!readMarkupInContent()) {
+            return;
+        }
+    }
+}
+
+// With the cursor on a "<" inside text: reads a comment, processing instruction or CDATA
+// section and answers true, or answers false for a tag, which ends the text.
+bool QzXmlReader::readMarkupInContent() {
+    if (limit_ - cursor_ < 2) prematureEof();
+    if (cursor_[1] == '?') {
+        cursor_ += 2;
+        readPIOrXmlDecl();
+        return true;
+    }
+    if (cursor_[1] != '!') return false;
+    if (limit_ - cursor_ < 3) prematureEof();
+    const Byte third = cursor_[2];
+    if (third == '-') {
+        cursor_ += 2;
+        readComment();
+    } else if (third == '[') {
+        cursor_ += 3;
+        readCDATA();
+    } else {
+        cursor_ += 3;
+        errInvalidBang(third);
+    }
+    return true;
+}
+
+void QzXmlReader::errInvalidBang(Byte third) const {
+    err(QzCString("Invalid character sequence <!") + QzCString(reinterpret_cast<const char*>(&third), 1));
+}
+
+QzCString QzXmlReader::readReference() {
+    const void* semicolon = std::memchr(cursor_, ';', limit_ - cursor_);
+    if (semicolon == nullptr) prematureEof();
+    const Byte* name = cursor_;
+    const std::size_t length = static_cast<const Byte*>(semicolon) - name;
+    cursor_ += length + 1;
+    if (length == 0) throwBoundsErr(0, 0);
+    if (name[0] == '#') {
+        if (length == 1) throwBoundsErr(1, 1);
+        QzCString text;
+        appendUtf8(text, characterReference(name + 1, name + length));
+        return text;
+    }
+    const QzCString entity(reinterpret_cast<const char*>(name), length);
+    if (equals(entity, "lt")) return QzCString("<");
+    if (equals(entity, "gt")) return QzCString(">");
+    if (equals(entity, "amp")) return QzCString("&");
+    if (equals(entity, "apos")) return QzCString("'");
+    if (equals(entity, "quot")) return QzCString("\"");
+    // A document's own entities are not known: the reference passes through unchanged.
+    return QzCString("&") + entity + QzCString(";");
+}
+
+// The value of the digits between first and last ("x" and hexadecimal digits, or decimal
+// digits); it wraps silently, and no code point is refused.
+std::uint64_t QzXmlReader::characterReference(const Byte* first, const Byte* last) const {
+    std::uint64_t value = 0;
+    if (*first == 'x') {
+        for (const Byte* p = first + 1; p < last; ++p) {
+            const int digit = hexDigit(*p);
+            if (digit < 0) err("invalid character in hexadecimal character reference.");
+            value = value * 16 + static_cast<unsigned>(digit);
+        }
+        return value;
+    }
+    for (const Byte* p = first; p < last; ++p) {
+        if (*p < '0' || *p > '9') err("invalid character in decimal character reference.");
+        value = value * 10 + (*p - '0');
+    }
+    return value;
+}
+
+// Copies the section up to the first "]]>" exactly: no references, carriage returns kept.
+void QzXmlReader::readCDATA() {
+    QzCString name;
+    readName(name);
+    if (!equals(name, "CDATA")) err("'<![' wasn't followed by 'CDATA'");
+    if (takeByte() != '[') err("'<![CDATA' wasn't followed by '['");
+    const Byte* start = cursor_;
+    for (Byte* p = cursor_;;) {
+        void* gt = std::memchr(p, '>', limit_ - p);
+        if (gt == nullptr) prematureEof();
+        p = static_cast<Byte*>(gt);
+        if (p - start >= 2 && p[-1] == ']' && p[-2] == ']') {
+            value_.append(reinterpret_cast<const char*>(start), p - 2 - start);
+            cursor_ = p + 1;
+            return;
+        }
+        ++p;
+    }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Navigation
+
+void QzXmlReader::readNextNode() {
+    if (nodePending_) {
+        nodePending_ = false;
+        return;
+    }
+    for (;;) {
+        if (atEnd()) prematureEof();
+        if (*cursor_ != '<') {
+            readContent();
+            return;
+        }
+        ++cursor_;
+        if (atEnd()) prematureEof();
+        if (*cursor_ == '?') {
+            ++cursor_;
+            readPIOrXmlDecl();
+            if (atEnd()) prematureEof();
+        } else if (*cursor_ == '!') {
+            if (limit_ - cursor_ < 2) prematureEof();
+            const Byte next = cursor_[1];
+            if (next == '-') {
+                ++cursor_;
+                readComment();
+            } else if (next == '[') {
+                --cursor_;
+                readContent();
+                return;
+            } else {
+                cursor_ += 2;
+                errInvalidBang(next);
+            }
+        } else {
+            lastTagStart_ = cursor_ - 1;
+            readTag();
+            return;
+        }
+    }
+}
+
+// Reads the text before the next node (discarding it) and then that node.
+void QzXmlReader::readNodeAfterText() {
+    readContent();
+    readNextNode();
+}
+
+// Local names must be equal; an empty wanted URI stands for the URI of the wanted prefix.
+bool QzXmlReader::matches(const QzXmlName& name) const {
+    if (name.getLocalName() != currentName_.getLocalName()) return false;
+    const QzCString& uri =
+        name.getURI().empty() ? namespaceStack_.getURIForPrefix(name.getPrefix()) : name.getURI();
+    return uri == currentName_.getURI();
+}
+
+void QzXmlReader::errExpected(const QzXmlName& wanted) const {
+    err(kExpected + wanted.asString() + kFound + currentName_.asString());
+}
+
+bool QzXmlReader::isElementNext(const QzXmlName& name) {
+    // An empty element just started counts as the next element itself.
+    if (!nodePending_ && nodeType_ != EmptyElement) {
+        readNodeAfterText();
+        nodePending_ = true;
+    }
+    return (nodeType_ == StartTag || nodeType_ == EmptyElement) && matches(name);
+}
+
+void QzXmlReader::readElementStart() {
+    if (nodePending_) {
+        nodePending_ = false;
+    } else {
+        readNodeAfterText();
+    }
+    if (nodeType_ != StartTag && nodeType_ != EmptyElement) err("Couldn't find start tag");
+}
+
+const QzXmlAttributeSet& QzXmlReader::readElementStart(const QzXmlName& name) {
+    readElementStart();
+    if (!matches(name)) errExpected(name);
+    return currentAttributes_;
+}
+
+const QzXmlAttributeSet& QzXmlReader::readElementStart(const QzCString& name) {
+    return readElementStart(getXmlName(name));
+}
+
+const QzCString& QzXmlReader::readElementValue() {
+    if (nodeType_ == EmptyElement) {
+        value_.resize(0);
+    } else {
+        readContent();
+    }
+    return value_;
+}
+
+void QzXmlReader::readElementEnd() {
+    if (nodeType_ == EmptyElement) {
+        nodeType_ = EndTag;
+        nodePending_ = false;
+        return;
+    }
+    if (nodePending_) {
+        nodePending_ = false;
+    } else {
+        readNodeAfterText();
+    }
+    if (nodeType_ != EndTag) err("Couldn't find end tag");
+}
+
+void QzXmlReader::readElementEnd(const QzXmlName& name) {
+    readElementEnd();
+    if (name != currentName_) errExpected(name);
+}
+
+void QzXmlReader::readElementEnd(const QzCString& name) {
+    readElementEnd(getXmlName(name));
+}
+
+// A start tag that was read ahead lies before the copy start, so it is written out again
+// from its parts: values as stored, nothing escaped, a blank after every attribute.
+QzCString QzXmlReader::rebuildStartTag() const {
+    QzCString tag("<");
+    tag += currentName_.asString();
+    tag += ' ';
+    for (const QzXmlAttribute& attribute : currentAttributes_) {
+        tag += attribute.getName().asString();
+        tag += "=\"";
+        tag += attribute.getValue();
+        tag += "\" ";
+    }
+    if (nodeType_ == EmptyElement) tag += '/';
+    tag += '>';
+    return tag;
+}
+
+QzCString QzXmlReader::readElement(const QzXmlName& name) {
+    const Byte* copyStart = cursor_;
+    if (!nodePending_) readNodeAfterText();
+    if (nodeType_ != StartTag && nodeType_ != EmptyElement) {
+        nodePending_ = true;
+        value_.resize(0);
+        return QzCString();
+    }
+    QzCString result;
+    if (nodePending_) {
+        result = rebuildStartTag();
+        nodePending_ = false;
+    }
+    if (name != NullName && !matches(name)) errExpected(name);
+    if (nodeType_ == EmptyElement) {
+        value_.resize(0);
+        return result;
+    }
+    QzXmlAttributeSet keptAttributes = currentAttributes_;
+    const QzXmlName keptName = currentName_;
+    const Byte* innerStart = cursor_;
+    for (std::int64_t nesting = 1; nesting > 0;) {
+        readNextNode();
+        if (nodeType_ == NoNode) err("Unexpected EOF looking for closing tag.");
+        if (nodeType_ == EndTag && currentName_ == keptName) {
+            --nesting;
+        } else if (nodeType_ == StartTag && currentName_ == keptName) {
+            ++nesting;
+        }
+    }
+    currentAttributes_ = std::move(keptAttributes);
+    value_.assign(reinterpret_cast<const char*>(innerStart), lastTagStart_ - innerStart);
+    result.append(reinterpret_cast<const char*>(copyStart), cursor_ - copyStart);
+    return result;
+}
+
+QzCString QzXmlReader::readElement(const QzCString& name) {
+    return readElement(getXmlName(name));
+}
