@@ -102,6 +102,9 @@ public:
 private:
     using Byte = unsigned char;
 
+    // The event parser reports its own unmatched-end-tag error at the reader's position.
+    friend class QzXmlSAXParser;
+
     void adoptOwnedText();
     void readDocument();
     [[noreturn]] void err(const QzCString& message) const;
@@ -141,8 +144,8 @@ private:
     void readAttribute();
     void readAttributeValue(Byte quote);
     void addAttribute(const QzCString& name, const QzCString& value);
-    void stageAttribute(const QzCString& localName, const QzCString& value,
-                        const QzCString& prefix, const QzCString& uri);
+    void stageAttribute(const QzCString& localName, const QzCString& value, const QzCString& prefix,
+                        const QzCString& uri);
     void commitAttributes();
     void fixupAttributeURIs();
     void resolveName(const QzCString& qualifiedName, QzXmlName& name) const;
@@ -189,7 +192,7 @@ private:
     mutable QzCString prefixScratch_;
     std::vector<QzXmlAttribute> staged_;  ///< attributes of the tag being read, in order
     std::size_t stagedCount_ = 0;
-    std::vector<std::uint32_t> order_;    ///< sort permutation of staged_
+    std::vector<std::uint32_t> order_;  ///< sort permutation of staged_
 };
 
 #endif

@@ -7,7 +7,9 @@
 #include "QzDate.h"
 #include "QzDateTime.h"
 
+class QzXmlAttributeSet;
 class QzXmlName;
+class QzXmlReader;
 
 /// Static string and numeric constants, ISO 8601 conversions, name and text helpers and
 /// character-set conversion. The class has no instances.
@@ -63,6 +65,20 @@ public:
     /// data converted from one ICU character set to another; throws QzXmlBadArgError.
     static QzCString convertCharset(const QzCString& data, const QzCString& fromCharset,
                                     const QzCString& toCharset);
+
+    /// Whether two documents carry the same elements, attributes and significant text.
+    /// Forgiven: attribute order, text before the first tag and after any end tag,
+    /// whitespace-only text where the other side has a tag, and an empty-element tag against
+    /// a start tag closed at once. Throws QzXmlParseError when either text is malformed.
+    static bool compareXml(const QzCString& first, const QzCString& second);
+    /// Same size and, in set order, equal names and byte-equal values.
+    static bool compareAttributeSet(const QzXmlAttributeSet& a, const QzXmlAttributeSet& b);
+    /// Whether reader stands on a start tag that its next node closes at once (reading that
+    /// node). other is not used.
+    static bool verifyEmptyTag(QzXmlReader& reader, QzXmlReader& other);
+    /// Whether reader stands on whitespace-only text (space, tab, LF); if so reads the next
+    /// node. other is not used.
+    static bool verifyEmptyData(QzXmlReader& reader, QzXmlReader& other);
 };
 
 #endif

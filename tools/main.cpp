@@ -1,4 +1,5 @@
 // qzxml: the command-line face of the library.
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <iostream>
@@ -7,6 +8,10 @@
 
 #include "QzCString.h"
 #include "QzDateTime.h"
+#include "QzXmlContentHandler.h"
+#include "QzXmlParseError.h"
+#include "QzXmlReader.h"
+#include "QzXmlSAXParser.h"
 #include "QzXmlUtils.h"
 #include "Qzxmsg.h"
 
@@ -14,8 +19,10 @@ namespace {
 
 using Args = std::vector<std::string>;
 
-// Exit statuses: 0 success, 2 usage errors and failures (1 is kept for negative answers).
+// Exit statuses: 0 success, 1 a negative answer (check, compare), 2 usage errors, unreadable
+// or malformed input.
 constexpr int kOk = 0;
+constexpr int kNo = 1;
 constexpr int kFailed = 2;
 
 struct Command {
@@ -75,6 +82,151 @@ int runDate(const Args& args) {
     return kOk;
 }
 
+// "FILE:LINE:COLUMN: message", the form editors and compilers use.
+void reportParseError(const std::string& path, const QzXmlParseError& e) {
+    std::cerr << path << ':' << e.getLine() << ':' << e.getColumn() << ": " << e.why() << '\n';
+}
+
+// A text on one line: quotes, backslashes and control bytes escaped, other bytes as they are.
+std::string quoted(const QzCString& text) {
+    static const char kHex[] = "0123456789abcdef";
+    std::string out = "\"";
+    for (const char c : text.std()) {
+        const auto b = static_cast<unsigned char>(c);
+        if (c == '"' || c == '\\') {
+            out += '\\';
+            out += c;
+        } else if (c == '\n') {
+            out += "\\n";
+        } else if (c == '\t') {
+            out += "\\t";
+        } else if (c == '\r') {
+            out += "\\r";
+        } else if (b < 0x20) {
+            out += "\\x";
+            out += kHex[b >> 4];
+            out += kHex[b & 15];
+        } else {
+            out += c;
+        }
+    }
+    return out + '"';
+}
+
+// The qualified name, then the namespace URI in braces when there is one.
+std::string describe(const QzXmlName& name) {
+    std::string out = name.getQualifiedName().std();
+    if (!name.getURI().empty()) out += "{" + name.getURI().std() + "}";
+    return out;
+}
+
+// One line per event, as "qzxml events" prints them.
+class EventPrinter : public QzXmlContentHandler {
+public:
+    void prolog(const QzXmlProlog& prolog) override {
+        std::cout << "prolog version=" << quoted(prolog.getVersion());
+        if (prolog.hasEncoding()) std::cout << " encoding=" << quoted(prolog.getEncoding());
+        if (prolog.hasStandalone())
+            std::cout << " standalone=" << (prolog.isStandalone() ? "yes" : "no");
+        std::cout << '\n';
+    }
+    void startElement(const QzXmlName& name, const QzXmlAttributeSet& attributes) override {
+        std::cout << "start " << describe(name);
+        for (const QzXmlAttribute& attribute : attributes) {
+            std::cout << ' ' << describe(attribute.getName()) << '='
+                      << quoted(attribute.getValue());
+        }
+        std::cout << '\n';
+    }
+    void endElement(const QzXmlName& name) override {
+        std::cout << "end " << describe(name) << '\n';
+    }
+    void characters(const QzCString& text) override {
+        std::cout << "text " << quoted(text) << '\n';
+    }
+};
+
+// Remembers the elements still open, so that check can flag a truncated document.
+class OpenElements : public QzXmlContentHandler {
+public:
+    void startElement(const QzXmlName& name, const QzXmlAttributeSet&) override {
+        open.push_back(name.getQualifiedName().std());
+    }
+    void endElement(const QzXmlName&) override { open.pop_back(); }
+    void characters(const QzCString&) override {}
+
+    std::vector<std::string> open;
+};
+
+// Where a text ends, as line and column (bytes) after its last byte.
+std::string endPosition(const QzCString& text) {
+    const std::string& s = text.std();
+    const std::size_t lastLf = s.rfind('\n');
+    const std::size_t line = 1 + std::count(s.begin(), s.end(), '\n');
+    const std::size_t column = (lastLf == std::string::npos ? s.size() : s.size() - lastLf - 1) + 1;
+    return std::to_string(line) + ':' + std::to_string(column);
+}
+
+// Parses a document with handler; prints what went wrong and returns false when it is
+// malformed.
+bool parseDocument(const std::string& path, QzCString document, QzXmlContentHandler* handler) {
+    QzXmlSAXParser parser;
+    parser.setContentHandler(handler);
+    try {
+        parser.parse(document);
+        return true;
+    } catch (const QzXmlParseError& e) {
+        reportParseError(path, e);
+    } catch (const Qzxmsg& e) {
+        std::cerr << path << ": " << e.why() << '\n';
+    }
+    return false;
+}
+
+int runEvents(const Args& args) {
+    if (args.size() != 1) return fail("events", "expects one FILE or -");
+    QzCString document;
+    if (!readInput(args[0], document)) return fail("events", args[0] + ": cannot read");
+    EventPrinter printer;
+    const bool parsed = parseDocument(args[0], document, &printer);
+    return std::cout.flush() && parsed ? kOk : kFailed;
+}
+
+int runCheck(const Args& args) {
+    if (args.empty()) return fail("check", "expects one or more FILEs");
+    int status = kOk;
+    for (const std::string& path : args) {
+        QzCString document;
+        if (!readInput(path, document)) {
+            fail("check", path + ": cannot read");
+            status = kFailed;
+            continue;
+        }
+        OpenElements elements;
+        if (!parseDocument(path, document, &elements)) {
+            status = std::max(status, kNo);
+        } else if (!elements.open.empty()) {
+            std::cerr << path << ':' << endPosition(document) << ": document ends inside element "
+                      << elements.open.back() << '\n';
+            status = std::max(status, kNo);
+        }
+    }
+    return status;
+}
+
+int runCompare(const Args& args) {
+    if (args.size() != 2) return fail("compare", "expects two FILEs");
+    QzCString documents[2];
+    for (int i = 0; i < 2; ++i) {
+        if (!readInput(args[i], documents[i])) return fail("compare", args[i] + ": cannot read");
+        // Checked one by one first, so that an error names the file it is in.
+        if (!parseDocument(args[i], documents[i], nullptr)) return kFailed;
+    }
+    const bool same = QzXmlUtils::compareXml(documents[0], documents[1]);
+    std::cout << (same ? "equivalent" : "different") << '\n';
+    return same ? kOk : kNo;
+}
+
 int runHelp(const Args& args);
 
 const Command kCommands[] = {
@@ -82,6 +234,16 @@ const Command kCommands[] = {
      "convert bytes between character sets (ICU names); reads standard input without FILE",
      runConvert},
     {"date", "date TEXT", "parse an ISO 8601 date or date-time and print it in UTC", runDate},
+    {"events", "events FILE|-",
+     "print one line per node: prolog, start (with attributes), end, text; names with their "
+     "namespace URI in braces",
+     runEvents},
+    {"check", "check FILE...",
+     "report FILE:LINE:COLUMN: message for each malformed file; exit 1 if any is malformed",
+     runCheck},
+    {"compare", "compare A B",
+     "tell whether two documents are equivalent (exit 0) or not (exit 1); 2 on a parse error",
+     runCompare},
     {"help", "help", "list the commands", runHelp},
 };
 

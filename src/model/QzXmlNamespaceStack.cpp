@@ -21,7 +21,8 @@ public:
     void add(const QzXmlNamespace& ns) {
         declarations_.push_back(ns);
         if (declarations_.size() == kIndexThreshold) {
-            for (std::size_t i = 0; i < declarations_.size(); ++i) index(i);
+            for (std::size_t i = 0; i < declarations_.size(); ++i)
+                index(i);
         } else if (declarations_.size() > kIndexThreshold) {
             index(declarations_.size() - 1);
         }

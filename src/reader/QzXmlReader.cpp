@@ -41,7 +41,8 @@ const QzCString kFound(", found ");
 struct ByteTable {
     bool stop[256] = {};
     constexpr explicit ByteTable(const char* bytes) {
-        for (; *bytes; ++bytes) stop[static_cast<Byte>(*bytes)] = true;
+        for (; *bytes; ++bytes)
+            stop[static_cast<Byte>(*bytes)] = true;
     }
     bool operator[](Byte b) const { return stop[b]; }
 };
@@ -61,7 +62,8 @@ constexpr int hexDigit(Byte b) {
 }
 
 Byte* skipUntil(Byte* p, const Byte* limit, const ByteTable& table) {
-    while (p < limit && !table[*p]) ++p;
+    while (p < limit && !table[*p])
+        ++p;
     return p;
 }
 
@@ -211,14 +213,18 @@ bool QzXmlReader::eof() {
 }
 
 void QzXmlReader::readS() {
-    while (cursor_ < limit_ && kWhitespace[*cursor_]) ++cursor_;
+    while (cursor_ < limit_ && kWhitespace[*cursor_])
+        ++cursor_;
 }
 
 // Decodes the UTF-8 character at the cursor and steps past it. Continuation bytes are not
 // checked, and a four-byte lead contributes its bits shifted by 19.
 std::uint32_t QzXmlReader::decodeCharacter() {
     const Byte b0 = *cursor_;
-    const int length = b0 < 0x80 ? 1 : (b0 >= 0xC2 && b0 <= 0xDF) ? 2 : (b0 >= 0xE0 && b0 <= 0xEF) ? 3 : 4;
+    const int length = b0 < 0x80                    ? 1
+                       : (b0 >= 0xC2 && b0 <= 0xDF) ? 2
+                       : (b0 >= 0xE0 && b0 <= 0xEF) ? 3
+                                                    : 4;
     if (limit_ - cursor_ < length) err("Premature EOF inside character");
     const Byte* p = cursor_;
     cursor_ += length;
@@ -337,9 +343,11 @@ QzCString QzXmlReader::transcode8859_1() const {
 void QzXmlReader::swapUnitsInPlace() {
     Byte* p = cursor_;
     for (; limit_ - p >= 32; p += 32) {
-        for (int i = 0; i < 32; i += 2) std::swap(p[i], p[i + 1]);
+        for (int i = 0; i < 32; i += 2)
+            std::swap(p[i], p[i + 1]);
     }
-    for (; limit_ - p >= 2; p += 2) std::swap(p[0], p[1]);
+    for (; limit_ - p >= 2; p += 2)
+        std::swap(p[0], p[1]);
 }
 
 QzCString QzXmlReader::transcodeUTF16BE() {
@@ -700,7 +708,8 @@ bool QzXmlReader::readMarkupInContent() {
 }
 
 void QzXmlReader::errInvalidBang(Byte third) const {
-    err(QzCString("Invalid character sequence <!") + QzCString(reinterpret_cast<const char*>(&third), 1));
+    err(QzCString("Invalid character sequence <!") +
+        QzCString(reinterpret_cast<const char*>(&third), 1));
 }
 
 QzCString QzXmlReader::readReference() {

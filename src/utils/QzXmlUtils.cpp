@@ -1,5 +1,7 @@
 #include "QzXmlUtils.h"
 
+#include <algorithm>
+
 #include "QzCTokenizer.h"
 #include "QzDate.h"
 #include "QzDateTime.h"
@@ -8,9 +10,11 @@
 #include "QzUInit.h"
 #include "QzUString.h"
 #include "QzUToUnicodeConverter.h"
+#include "QzXmlAttributeSet.h"
 #include "QzXmlBadArgError.h"
 #include "QzXmlName.h"
 #include "QzXmlNamespace.h"
+#include "QzXmlReader.h"
 #include "QzZone.h"
 #include "Qzxmsg.h"
 
@@ -178,5 +182,90 @@ QzCString QzXmlUtils::convertCharset(const QzCString& data, const QzCString& fro
                                   units.length(), encoder);
     } catch (const Qzxmsg& e) {
         throw QzXmlBadArgError(QzCString("Character set conversion failed: ") + e.why());
+    }
+}
+
+bool QzXmlUtils::compareAttributeSet(const QzXmlAttributeSet& a, const QzXmlAttributeSet& b) {
+    if (a.size() != b.size()) return false;
+    return std::equal(a.begin(), a.end(), b.begin(),
+                      [](const QzXmlAttribute& x, const QzXmlAttribute& y) {
+                          return x.getName() == y.getName() && x.getValue() == y.getValue();
+                      });
+}
+
+// Text between the start tag and its end tag is never forgiven here, and the names need not
+// match the other side's empty-element tag: both on purpose.
+bool QzXmlUtils::verifyEmptyTag(QzXmlReader& reader, QzXmlReader&) {
+    if (reader.getNodeType() != QzXmlReader::StartTag) return false;
+    reader.readNextNode();
+    return reader.getNodeType() == QzXmlReader::EndTag;
+}
+
+bool QzXmlUtils::verifyEmptyData(QzXmlReader& reader, QzXmlReader&) {
+    if (reader.getNodeType() != QzXmlReader::Content) return false;
+    if (!stripWhiteSpaceAndNewlines(reader.getValue(), QzCString::both).empty()) return false;
+    reader.readNextNode();
+    return true;
+}
+
+namespace {
+
+// Settles two nodes of different kinds: true when the difference is forgiven and the walk may
+// go on, with agree set when both readers now stand on nodes of the same kind to be compared.
+bool forgiveKindMismatch(QzXmlReader& a, QzXmlReader& b, bool& agree) {
+    const QzXmlReader::NodeType ta = a.getNodeType();
+    const QzXmlReader::NodeType tb = b.getNodeType();
+    agree = false;
+    if (ta == QzXmlReader::EmptyElement) return QzXmlUtils::verifyEmptyTag(b, a);
+    if (tb == QzXmlReader::EmptyElement) return QzXmlUtils::verifyEmptyTag(a, b);
+    if (ta == QzXmlReader::StartTag || ta == QzXmlReader::EndTag) {
+        if (!QzXmlUtils::verifyEmptyData(b, b)) return false;
+    } else if (tb == QzXmlReader::StartTag || tb == QzXmlReader::EndTag) {
+        if (!QzXmlUtils::verifyEmptyData(a, b)) return false;
+    } else {
+        return false;
+    }
+    agree = a.getNodeType() == b.getNodeType();
+    return agree;
+}
+
+}  // namespace
+
+// Two pull readers walk side by side. textIgnored is set after matching end tags, so text
+// that follows an end tag (or precedes the first tag) is never compared.
+bool QzXmlUtils::compareXml(const QzCString& first, const QzCString& second) {
+    QzXmlReader a(first);
+    QzXmlReader b(second);
+    bool textIgnored = true;
+    for (;;) {
+        if (a.eof()) return b.eof();
+        if (b.eof()) return false;
+        a.readNextNode();
+        b.readNextNode();
+        if (a.getNodeType() == QzXmlReader::NoNode || b.getNodeType() == QzXmlReader::NoNode) {
+            return false;
+        }
+        if (a.getNodeType() != b.getNodeType()) {
+            bool agree;
+            if (!forgiveKindMismatch(a, b, agree)) return false;
+            if (!agree) continue;
+        }
+        switch (a.getNodeType()) {
+            case QzXmlReader::EndTag:
+                if (a.getCurrentName() != b.getCurrentName()) return false;
+                textIgnored = true;
+                break;
+            case QzXmlReader::StartTag:
+            case QzXmlReader::EmptyElement:
+                if (a.getCurrentName() != b.getCurrentName() ||
+                    !compareAttributeSet(a.getCurrentAttributes(), b.getCurrentAttributes())) {
+                    return false;
+                }
+                textIgnored = false;
+                break;
+            default:
+                if (!textIgnored && a.getValue() != b.getValue()) return false;
+                break;
+        }
     }
 }

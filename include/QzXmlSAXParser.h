@@ -1,0 +1,35 @@
+#ifndef QZXMLSAXPARSER_H
+#define QZXMLSAXPARSER_H
+
+#include "QzCString.h"
+
+class QzXmlContentHandler;
+
+/// Event parser: reads a whole document with a QzXmlReader and reports its declaration,
+/// tags and text to a QzXmlContentHandler in document order.
+class QzXmlSAXParser {
+public:
+    /// No handler; references in attribute values are expanded.
+    QzXmlSAXParser() = default;
+
+    /// Sets the handler (not owned; null reports nothing).
+    void setContentHandler(QzXmlContentHandler* handler) noexcept { contentHandler_ = handler; }
+    /// The handler set last, or null.
+    QzXmlContentHandler* getContentHandler() const noexcept { return contentHandler_; }
+    /// Whether references in attribute values are expanded (true by default).
+    bool getExpandReferences() const noexcept { return expandReferences_; }
+    /// When false, an "&" in an attribute value is passed on literally.
+    void setExpandReferences(bool expand) noexcept { expandReferences_ = expand; }
+
+    /// Parses the document text and calls the handler. UTF-8 is read in place; UTF-16 input
+    /// is byte-swapped inside document itself. Throws QzXmlParseError on malformed input,
+    /// "Unmatched start tag for " when an end tag does not close the open element. The second
+    /// argument is accepted and ignored.
+    void parse(const QzCString& document, const QzCString& second = QzCString());
+
+private:
+    QzXmlContentHandler* contentHandler_ = nullptr;
+    bool expandReferences_ = true;
+};
+
+#endif

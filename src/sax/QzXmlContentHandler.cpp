@@ -1,0 +1,5 @@
+#include "QzXmlContentHandler.h"
+
+void QzXmlContentHandler::prolog(const QzXmlProlog&) {}
+
+QzXmlContentHandler::~QzXmlContentHandler() = default;

@@ -1,0 +1,66 @@
+#include "QzXmlSAXParser.h"
+
+#include <vector>
+
+#include "QzXmlContentHandler.h"
+#include "QzXmlParseError.h"
+#include "QzXmlProlog.h"
+#include "QzXmlReader.h"
+
+namespace {
+
+void reportProlog(const QzXmlReader& reader, QzXmlContentHandler& handler) {
+    QzXmlProlog prolog;
+    prolog.setVersion(reader.getDeclaredVersion());
+    if (reader.isEncodingDeclared()) {
+        prolog.setEncoding(reader.getEncodingName());
+        prolog.setHasEncoding(true);
+    }
+    if (reader.isStandaloneDeclared()) {
+        prolog.setHasStandalone(true);
+        prolog.setStandalone(reader.getDeclaredStandalone() == QzCString("yes"));
+    }
+    handler.prolog(prolog);
+}
+
+}  // namespace
+
+void QzXmlSAXParser::parse(const QzCString& document, const QzCString&) {
+    // The reader works on the caller's bytes in place, which is what saves the copy.
+    QzXmlReader reader(reinterpret_cast<unsigned char*>(const_cast<char*>(document.data())),
+                       document.length());
+    reader.setExpandReferences(expandReferences_);
+    if (contentHandler_ && !reader.getDeclaredVersion().empty()) {
+        reportProlog(reader, *contentHandler_);
+    }
+    std::vector<QzXmlName> open;
+    while (!reader.eof()) {
+        reader.readNextNode();
+        const QzXmlName& name = reader.getCurrentName();
+        switch (reader.getNodeType()) {
+            case QzXmlReader::StartTag:
+                open.push_back(name);
+                if (contentHandler_)
+                    contentHandler_->startElement(name, reader.getCurrentAttributes());
+                break;
+            case QzXmlReader::EmptyElement:
+                if (contentHandler_)
+                    contentHandler_->startElement(name, reader.getCurrentAttributes());
+                if (contentHandler_) contentHandler_->endElement(name);
+                break;
+            case QzXmlReader::EndTag:
+                // An end tag with nothing open is as unmatched as one closing the wrong element.
+                if (open.empty() || open.back() != name) {
+                    reader.err(QzCString("Unmatched start tag for ") + name.asString());
+                }
+                open.pop_back();
+                if (contentHandler_) contentHandler_->endElement(name);
+                break;
+            case QzXmlReader::Content:
+                if (contentHandler_) contentHandler_->characters(reader.getValue());
+                break;
+            default:
+                return;
+        }
+    }
+}
