@@ -34,6 +34,9 @@ public:
     const QzCString& getURIForPrefix(const QzCString& prefix) const;
     /// The prefix of the first declaration of uri, innermost scope first; EmptyString if none.
     const QzCString& getPrefixForURI(const QzCString& uri) const;
+    /// The declarations of the innermost scope in the order they were added; an empty
+    /// sequence when no scope is open.
+    const std::vector<QzXmlNamespace>& getInnermostScope() const;
 
 private:
     class Scope;

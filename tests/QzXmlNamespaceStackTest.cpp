@@ -12,6 +12,7 @@ TEST(QzXmlNamespaceStack, InnerScopesHideOuterAndEarliestWinsWithinOne) {
     EXPECT_EQ(&QzXmlAttributeSet::EmptyString, &stack.getPrefixForURI("u"));
     stack.popScope();
     EXPECT_THROW(stack.addNamespace(QzXmlNamespace("p", "u")), QzXmlInternalError);
+    EXPECT_TRUE(stack.getInnermostScope().empty());
 
     stack.pushScope();
     stack.addNamespace(QzXmlNamespace("p", "u1"));
@@ -25,11 +26,14 @@ TEST(QzXmlNamespaceStack, InnerScopesHideOuterAndEarliestWinsWithinOne) {
 
     stack.pushScope();
     stack.addNamespace(QzXmlNamespace("p", "u2"));
+    ASSERT_EQ(1u, stack.getInnermostScope().size());
+    EXPECT_EQ(QzCString("u2"), stack.getInnermostScope()[0].getURI());
     EXPECT_EQ(QzCString("u2"), stack.getURIForPrefix("p"));
     // Matches on the URI alone, so it answers p although p now means u2.
     EXPECT_EQ(QzCString("p"), stack.getPrefixForURI("u1"));
     stack.popScope();
     EXPECT_EQ(QzCString("u1"), stack.getURIForPrefix("p"));
+    EXPECT_EQ(QzCString("q"), stack.getInnermostScope().back().getPrefix());
     stack.popScope();
     EXPECT_EQ(QzCString(), stack.getURIForPrefix("p"));
 }

@@ -8,6 +8,7 @@
 
 #include "QzCString.h"
 #include "QzDateTime.h"
+#include "QzXmlDuration.h"
 #include "QzXmlContentHandler.h"
 #include "QzXmlParseError.h"
 #include "QzXmlReader.h"
@@ -227,6 +228,35 @@ int runCompare(const Args& args) {
     return same ? kOk : kNo;
 }
 
+const char* yesNo(bool value) {
+    return value ? "true" : "false";
+}
+
+// One line per duration: its canonical text and whether it is valid.
+void printDuration(const char* label, const QzXmlDuration& d) {
+    std::cout << label << ": ";
+    if (d.isValid()) {
+        std::cout << d.asString() << " valid\n";
+    } else {
+        std::cout << "invalid\n";
+    }
+}
+
+int runDuration(const Args& args) {
+    if (args.empty() || args.size() > 2) return fail("duration", "expects one or two durations");
+    const QzXmlDuration a{QzCString(args[0])};
+    printDuration("A", a);
+    if (args.size() == 2) {
+        const QzXmlDuration b{QzCString(args[1])};
+        printDuration("B", b);
+        std::cout << "compareTo: " << a.compareTo(b) << '\n'
+                  << "==: " << yesNo(a == b) << '\n'
+                  << "A < B: " << yesNo(a < b) << '\n'
+                  << "B < A: " << yesNo(b < a) << '\n';
+    }
+    return std::cout.flush() ? kOk : kFailed;
+}
+
 int runHelp(const Args& args);
 
 const Command kCommands[] = {
@@ -234,6 +264,10 @@ const Command kCommands[] = {
      "convert bytes between character sets (ICU names); reads standard input without FILE",
      runConvert},
     {"date", "date TEXT", "parse an ISO 8601 date or date-time and print it in UTC", runDate},
+    {"duration", "duration A [B]",
+     "print an XML Schema duration's canonical form and validity; with B, also compareTo, "
+     "== and < both ways",
+     runDuration},
     {"events", "events FILE|-",
      "print one line per node: prolog, start (with attributes), end, text; names with their "
      "namespace URI in braces",

@@ -32,6 +32,8 @@ public:
         return find(prefix, byPrefix_, &QzXmlNamespace::getPrefix);
     }
 
+    const std::vector<QzXmlNamespace>& declarations() const { return declarations_; }
+
     const QzXmlNamespace* findURI(const QzCString& uri) const {
         return find(uri, byURI_, &QzXmlNamespace::getURI);
     }
@@ -116,6 +118,11 @@ const QzCString& QzXmlNamespaceStack::getURIForPrefix(const QzCString& prefix) c
 
 const QzCString& QzXmlNamespaceStack::getPrefixForURI(const QzCString& uri) const {
     return lookUp(uri, &Scope::findURI, &QzXmlNamespace::getPrefix);
+}
+
+const std::vector<QzXmlNamespace>& QzXmlNamespaceStack::getInnermostScope() const {
+    static const std::vector<QzXmlNamespace> none;
+    return scopes_.empty() || !scopes_.back() ? none : scopes_.back()->declarations();
 }
 
 // Innermost scope first, so inner declarations hide outer ones.

@@ -1,0 +1,183 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "QzXmlStringWriter.h"
+#include "QzXmlWriter.h"
+
+namespace {
+
+const std::string XsiUri = "http://www.w3.org/2001/XMLSchema-instance";
+
+// Records every sink call, so that tests see how output is split.
+class RecordingWriter : public QzXmlWriter {
+public:
+    void writeToSink(const QzCString& text) override { calls.push_back("S:" + text.std()); }
+    void writeToSink(const char* bytes, unsigned long n) override {
+        calls.push_back("N:" + std::string(bytes, n));
+    }
+    void writeToSink(char c) override { calls.push_back(std::string("C:") + c); }
+    void flush() override {}
+
+    std::vector<std::string> calls;
+};
+
+std::string repeated(const std::string& text, std::size_t times) {
+    std::string out;
+    for (std::size_t i = 0; i < times; ++i)
+        out += text;
+    return out;
+}
+
+std::string escapedText(const std::string& text) {
+    QzXmlStringWriter w;
+    w.write(text, true);
+    return w.getString().std();
+}
+
+std::string escapedAttribute(const std::string& value) {
+    QzXmlStringWriter w;
+    w.writeAttribute("a", value, true);
+    return w.getString().std();
+}
+
+QzXmlName named(const char* local, const char* prefix, const char* uri) {
+    return QzXmlName(local, QzXmlNamespace(prefix, uri));
+}
+
+}  // namespace
+
+TEST(QzXmlWriter, WritesTheWorkedExampleByteForByte) {
+    QzXmlStringWriter w;
+    const QzXmlName root = named("root", "a", "urn:x");
+    w.writeElementStart(root, QzXmlAttributeSet(), false);
+    w.writeNewLine();
+    w.writeSimpleElement("item", "x<y & z", "", false);
+    w.writeSimpleElement(QzXmlName("n"), "5", "xsd:int", true);
+    w.writeElementEnd(root);
+    EXPECT_EQ(
+        "<a:root xmlns:a=\"urn:x\">\n<item>x&lt;y &amp; z</item>\n"
+        "<n xsi:type=\"xsd:int\" xmlns:xsi=\"" +
+            XsiUri + "\">5</n>\n</a:root>",
+        w.getString().std());
+}
+
+TEST(QzXmlWriter, EscapesTextAndAttributesByDifferentRules) {
+    EXPECT_EQ("a&#xD;\n\t&lt;b&gt;&amp;amp;&amp;#38;\"'", escapedText("a\r\n\t<b>&amp;&#38;\"'"));
+    EXPECT_EQ(" a=\"&quot;&apos;&lt;&gt;\r\n\t\"", escapedAttribute("\"'<>\r\n\t"));
+    // Predefined references stay; numeric ones and bare or cut-off ampersands are escaped.
+    EXPECT_EQ(" a=\"a&amp;b&lt;&gt;&quot;&apos;\"",
+              escapedAttribute("a&amp;b&lt;&gt;&quot;&apos;"));
+    EXPECT_EQ(" a=\"a&amp;b a&amp;#38;b &amp;quot &amp;am\"",
+              escapedAttribute("a&b a&#38;b &quot &am"));
+    EXPECT_EQ(" a=\"x&amp;\"", escapedAttribute("x&"));
+
+    QzXmlStringWriter raw;
+    raw.write("<&>", false);
+    raw.writeAttribute(QzXmlName("v", QzXmlNamespace("p", "urn:p")), "<\"&>", false);
+    EXPECT_EQ("<&> p:v=\"<\"&>\"", raw.getString().std());
+
+    // Past the fixed buffer the heap takes over; still one sink call per string.
+    RecordingWriter w;
+    w.write(std::string(300, '&'), true);
+    w.writeAttribute("a", std::string(200, '"'), true);
+    ASSERT_EQ(2u, w.calls.size());
+    EXPECT_EQ("N:" + repeated("&amp;", 300), w.calls[0]);
+    EXPECT_EQ("N: a=\"" + repeated("&quot;", 200) + "\"", w.calls[1]);
+}
+
+TEST(QzXmlWriter, IndentsOnlyTheFirstOutputAfterANewline) {
+    RecordingWriter w;
+    w.decrementIndent();
+    EXPECT_EQ(0u, w.getIndent());
+    w.incrementIndent();
+    w.writeIndentChars();  // not at a line start: nothing
+    w.write("a", false);
+    w.writeNewLine();
+    w.write("b", false);
+    w.write("c", false);
+    w.writeNewLine();
+    w.writeAttribute("k", "v", true);
+    w.decrementIndent();
+    w.writeNewLine();
+    w.writeElementStart(QzXmlName("e"), QzXmlAttributeSet(), true);
+    const std::vector<std::string> expected = {"S:a",  "C:\n", "C: ", "C: ", "S:b",
+                                               "S:c",  "C:\n", "C: ", "C: ", "N: k=\"v\"",
+                                               "C:\n", "S:<e", "S:/>"};
+    EXPECT_EQ(expected, w.calls);
+}
+
+TEST(QzXmlWriter, DeclaresEachNamespaceWhereFirstNeeded) {
+    QzXmlStringWriter w;
+    const QzXmlName outer = named("outer", "p", "urn:p");
+    QzXmlAttributeSet attributes;
+    attributes.add(QzXmlName("id"), "urn:pseudo");  // also counts as prefix id for urn:pseudo
+    attributes.addNamespaceAttribute(QzXmlNamespace("q", "urn:q"));
+    w.addNamespace(QzXmlNamespace("doc", "urn:doc"));  // document scope: never written
+    w.writeElementStart(outer, attributes, false);
+    w.writeElementStart(named("same", "p", "urn:p"), QzXmlAttributeSet(), true);
+    w.writeElementStart(named("alias", "other", "urn:p"), QzXmlAttributeSet(), true);
+    w.writeElementStart(named("declared", "q", "urn:q"), QzXmlAttributeSet(), true);
+    w.writeElementStart(named("pseudo", "s", "urn:pseudo"), QzXmlAttributeSet(), true);
+    w.writeElementStart(named("doc", "d", "urn:doc"), QzXmlAttributeSet(), true);
+    w.writeElementStart(named("dflt", "", "urn:d"), QzXmlAttributeSet(), false);
+    w.writeElementStart(named("inner", "", "urn:d"), QzXmlAttributeSet(), true);
+    w.writeElementStart(named("other", "", "urn:e"), QzXmlAttributeSet(), true);
+    // Bound only as the default namespace, so a prefix for it is declared again.
+    w.writeElementStart(named("pre", "x", "urn:d"), QzXmlAttributeSet(), true);
+    w.writeElementEnd(named("dflt", "", "urn:d"));
+    w.writeElementStart(named("after", "", "urn:d"), QzXmlAttributeSet(), true);
+    w.writeElementEnd(outer);
+    w.writeElementStart(named("again", "p", "urn:p"), QzXmlAttributeSet(), true);
+    EXPECT_EQ(
+        "<p:outer id=\"urn:pseudo\" xmlns:p=\"urn:p\" xmlns:q=\"urn:q\">"
+        "<p:same/><other:alias/><q:declared/><s:pseudo/><d:doc/>"
+        "<dflt xmlns=\"urn:d\"><inner/><other xmlns=\"urn:e\"/>"
+        "<x:pre xmlns:x=\"urn:d\"/></dflt><after xmlns=\"urn:d\"/></p:outer>"
+        "<p:again xmlns:p=\"urn:p\"/>",
+        w.getString().std());
+}
+
+TEST(QzXmlWriter, WritesSimpleElementsAndDefaultDeclarationsItIsGiven) {
+    QzXmlStringWriter w;
+    w.writeSimpleElement("empty", "", "", false);
+    w.writeSimpleElement("typed", "", "xsd:string", true);
+    QzXmlAttributeSet withDefault;
+    withDefault.setDefaultNamespaceAttribute("urn:d");
+    w.writeElementStart(QzXmlName("r"), withDefault, false);
+    w.writeSimpleElement(named("v", "xsi", XsiUri.c_str()), "&", "t", true);
+    EXPECT_EQ("<empty/>\n<typed xsi:type=\"xsd:string\" xmlns:xsi=\"" + XsiUri + "\"/>\n" +
+                  "<r xmlns=\"urn:d\"><xsi:v xsi:type=\"t\" xmlns:xsi=\"" + XsiUri +
+                  "\">&amp;</xsi:v>\n",
+              w.getString().std());
+}
+
+TEST(QzXmlStringWriter, GrowsByDoublingFromAtLeast4096Bytes) {
+    QzXmlStringWriter w(0);
+    w.writeToSink("", 0);
+    w.writeToSink(nullptr, 5);
+    w.writeToSink(QzCString());
+    EXPECT_EQ(0u, w.getCapacity());
+    w.writeToSink('x');
+    EXPECT_EQ(4096u, w.getCapacity());
+    w.writeToSink(std::string(10000, 'y').c_str(), 10000);
+    EXPECT_EQ(2 * (4096u + 10000u), w.getCapacity());
+    EXPECT_EQ(10001u, w.getLength());
+
+    QzXmlStringWriter small(10);
+    small.writeToSink(QzCString("0123456789", 10));
+    EXPECT_EQ(10u, small.getCapacity());
+    small.writeToSink(QzCString("\0z", 2));
+    EXPECT_EQ(4096u, small.getCapacity());
+    EXPECT_EQ(std::string("0123456789\0z", 12), small.getString().std());
+    small.reset();
+    EXPECT_EQ(0u, small.getLength());
+    EXPECT_EQ(4096u, small.getCapacity());
+
+    QzXmlStringWriter large(5000);
+    large.writeToSink(std::string(5000, 'a').c_str(), 5000);
+    large.writeToSink('b');
+    EXPECT_EQ(10000u, large.getCapacity());
+    EXPECT_EQ(std::string(5000, 'a') + "b", large.getString().std());
+}
