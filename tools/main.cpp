@@ -8,8 +8,8 @@
 
 #include "QzCString.h"
 #include "QzDateTime.h"
-#include "QzXmlDuration.h"
 #include "QzXmlContentHandler.h"
+#include "QzXmlDuration.h"
 #include "QzXmlParseError.h"
 #include "QzXmlReader.h"
 #include "QzXmlSAXParser.h"
