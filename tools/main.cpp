@@ -13,6 +13,7 @@
 #include "QzXmlParseError.h"
 #include "QzXmlReader.h"
 #include "QzXmlSAXParser.h"
+#include "QzXmlStringWriter.h"
 #include "QzXmlUtils.h"
 #include "Qzxmsg.h"
 
@@ -193,6 +194,76 @@ int runEvents(const Args& args) {
     return std::cout.flush() && parsed ? kOk : kFailed;
 }
 
+// Writes the events it receives back as XML, two spaces of indentation per level: text that
+// is only whitespace is dropped, other text stays on the line of its element. A start tag is
+// held back until the next event, so that an element with nothing inside comes out as "<e/>".
+class Formatter : public QzXmlContentHandler {
+public:
+    void prolog(const QzXmlProlog& prolog) override {
+        // The output is UTF-8 whatever the input was.
+        writer_.write("<?xml version=\"" + prolog.getVersion() + "\" encoding=\"UTF-8\"?>", false);
+    }
+    void startElement(const QzXmlName& name, const QzXmlAttributeSet& attributes) override {
+        writeHeldStart(false);
+        held_ = true;
+        heldName_ = name;
+        heldAttributes_ = attributes;
+        // The writer declares the default namespace from the element's name itself.
+        heldAttributes_.erase(QzXmlName(QzXmlAttributeSet::DefaultNamespaceAttributeTag));
+    }
+    void endElement(const QzXmlName& name) override {
+        if (held_) {
+            writeHeldStart(true);
+            return;
+        }
+        writer_.decrementIndent();
+        if (!lineOpen_) breakLine();
+        writer_.writeElementEnd(name);
+        lineOpen_ = false;
+    }
+    void characters(const QzCString& text) override {
+        if (QzXmlUtils::stripWhiteSpaceAndNewlines(text, QzCString::both).empty()) return;
+        writeHeldStart(false);
+        writer_.write(text, true);
+        // The end tag follows the text at once, so that no whitespace is added to it.
+        lineOpen_ = true;
+    }
+    // The document, ending with a line feed.
+    QzCString finish() {
+        writer_.writeNewLine();
+        return writer_.getString();
+    }
+
+private:
+    void breakLine() {
+        if (writer_.getLength() > 0) writer_.writeNewLine();
+    }
+    void writeHeldStart(bool isEmpty) {
+        if (!held_) return;
+        held_ = false;
+        breakLine();
+        writer_.writeElementStart(heldName_, heldAttributes_, isEmpty);
+        if (!isEmpty) writer_.incrementIndent();
+        lineOpen_ = !isEmpty;
+    }
+
+    QzXmlStringWriter writer_;
+    bool held_ = false;      ///< a start tag waits in heldName_ and heldAttributes_
+    bool lineOpen_ = false;  ///< the end tag goes on the current line
+    QzXmlName heldName_;
+    QzXmlAttributeSet heldAttributes_;
+};
+
+int runFormat(const Args& args) {
+    if (args.size() != 1) return fail("format", "expects one FILE or -");
+    QzCString document;
+    if (!readInput(args[0], document)) return fail("format", args[0] + ": cannot read");
+    Formatter formatter;
+    if (!parseDocument(args[0], document, &formatter)) return kFailed;
+    std::cout << formatter.finish();
+    return std::cout.flush() ? kOk : kFailed;
+}
+
 int runCheck(const Args& args) {
     if (args.empty()) return fail("check", "expects one or more FILEs");
     int status = kOk;
@@ -272,6 +343,10 @@ const Command kCommands[] = {
      "print one line per node: prolog, start (with attributes), end, text; names with their "
      "namespace URI in braces",
      runEvents},
+    {"format", "format FILE|-",
+     "write a document back indented by two spaces a level, escaped, namespaces declared "
+     "where needed, in UTF-8",
+     runFormat},
     {"check", "check FILE...",
      "report FILE:LINE:COLUMN: message for each malformed file; exit 1 if any is malformed",
      runCheck},
