@@ -109,6 +109,7 @@ private:
     void readDocument();
     [[noreturn]] void err(const QzCString& message) const;
     [[noreturn]] void prematureEof();
+    void requireBytes(std::ptrdiff_t count) const;
     [[noreturn]] void errInvalidBang(unsigned char third) const;
     bool atEnd() const noexcept { return cursor_ >= limit_; }
     Byte takeByte();
@@ -163,6 +164,23 @@ private:
     void readNodeAfterText();
     QzCString rebuildStartTag() const;
 
+    // What readElement copies out of the document: positions in the current buffer, and the
+    // text that lay in buffers replaced by a declaration met on the way.
+    struct RawCopy {
+        const Byte* start;  ///< copy start
+        const Byte* inner;  ///< just after the start tag; null until it is read
+        QzCString saved;
+        QzCString innerSaved;
+    };
+    // Points rawCopy_ at a readElement's copy for as long as that call runs.
+    struct RawCopyScope {
+        RawCopyScope(RawCopy*& slot, RawCopy& copy) : slot_(slot) { slot_ = &copy; }
+        ~RawCopyScope() { slot_ = nullptr; }
+        RawCopy*& slot_;
+    };
+    void saveRawCopy();
+    void rebaseRawCopy();
+
     Byte* cursor_ = nullptr;          ///< next unread byte
     Byte* documentBuffer_ = nullptr;  ///< first byte of the document
     Byte* limit_ = nullptr;           ///< one past the document's last byte
@@ -185,6 +203,7 @@ private:
     // Scratch reused from tag to tag, so that reading allocates only when a text outgrows
     // what an earlier one needed.
     const Byte* lastTagStart_ = nullptr;  ///< the "<" of the tag read last
+    RawCopy* rawCopy_ = nullptr;          ///< the copy of the readElement call running
     QzCString rawName_;
     QzCString attributeName_;
     QzCString attributeValue_;

@@ -192,9 +192,16 @@ void QzXmlReader::err(const QzCString& message) const {
                           static_cast<std::uint64_t>(cursor_ - lineStart) + 1);
 }
 
+// For a scan that ran off the end: the error is reported where the scan stopped.
 void QzXmlReader::prematureEof() {
     cursor_ = limit_;
     err("Premature EOF");
+}
+
+// For a look-ahead of count bytes: too few left is reported where the cursor stands, since
+// nothing has been read yet.
+void QzXmlReader::requireBytes(std::ptrdiff_t count) const {
+    if (limit_ - cursor_ < count) err("Premature EOF");
 }
 
 QzXmlReader::Byte QzXmlReader::takeByte() {
@@ -203,7 +210,7 @@ QzXmlReader::Byte QzXmlReader::takeByte() {
 }
 
 void QzXmlReader::skipBytes(std::ptrdiff_t count) {
-    if (limit_ - cursor_ < count) prematureEof();
+    requireBytes(count);
     cursor_ += count;
 }
 
@@ -274,7 +281,7 @@ void QzXmlReader::readName(QzXmlName& name) {
 // Input decoding
 
 void QzXmlReader::readAndProcessBOM() {
-    if (limit_ - cursor_ < 4) prematureEof();
+    requireBytes(4);
     const Byte* b = cursor_;
     if ((b[0] == '<' && b[1] != 0) || kWhitespace[b[0]]) {
         encodingName_ = qzEncodingNames[6];
@@ -304,6 +311,7 @@ void QzXmlReader::transcodeDocument(const QzCString& encoding) {
         if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
     }
     if (upper == "UTF-8" || upper == "US-ASCII") return;
+    saveRawCopy();
     if (upper == "ISO-8859-1") {
         ownedText_ = transcode8859_1();
     } else if (upper == "UTF-16" || upper == "UTF-16BE") {
@@ -322,6 +330,7 @@ void QzXmlReader::transcodeDocument(const QzCString& encoding) {
     }
     // The decoded copy is ours to release, also when the input was the caller's buffer.
     adoptOwnedText();
+    rebaseRawCopy();
 }
 
 QzCString QzXmlReader::transcode8859_1() const {
@@ -410,7 +419,7 @@ void QzXmlReader::readPIOrXmlDecl() {
 // opening quotes skipped unchecked, values ended by either quote.
 void QzXmlReader::readXmlDecl() {
     readS();
-    if (limit_ - cursor_ < 7) prematureEof();
+    requireBytes(7);
     const bool isVersion = std::memcmp(cursor_, "version", 7) == 0;
     cursor_ += 7;
     if (!isVersion) return;
@@ -604,11 +613,13 @@ void QzXmlReader::stageAttribute(const QzCString& localName, const QzCString& va
 void QzXmlReader::commitAttributes() {
     order_.resize(stagedCount_);
     std::iota(order_.begin(), order_.end(), 0u);
+    // Ties go by position, which keeps the sort stable without the buffer stable_sort takes.
     std::sort(order_.begin(), order_.end(), [this](std::uint32_t a, std::uint32_t b) {
         const int c = staged_[a].getName().compareTo(staged_[b].getName());
         return c != 0 ? c < 0 : a < b;
     });
     std::vector<QzXmlAttribute>& filed = currentAttributes_.attributes_;
+    filed.reserve(stagedCount_);
     for (std::uint32_t i : order_) {
         if (!filed.empty() && filed.back().getName() == staged_[i].getName()) {
             filed.back().setValue(staged_[i].getValue());
@@ -912,7 +923,8 @@ QzCString QzXmlReader::rebuildStartTag() const {
 }
 
 QzCString QzXmlReader::readElement(const QzXmlName& name) {
-    const Byte* copyStart = cursor_;
+    RawCopy copy{cursor_, nullptr, QzCString(), QzCString()};
+    const RawCopyScope scope(rawCopy_, copy);
     if (!nodePending_) readNodeAfterText();
     if (nodeType_ != StartTag && nodeType_ != EmptyElement) {
         nodePending_ = true;
@@ -931,7 +943,7 @@ QzCString QzXmlReader::readElement(const QzXmlName& name) {
     }
     QzXmlAttributeSet keptAttributes = currentAttributes_;
     const QzXmlName keptName = currentName_;
-    const Byte* innerStart = cursor_;
+    copy.inner = cursor_;
     for (std::int64_t nesting = 1; nesting > 0;) {
         readNextNode();
         if (nodeType_ == NoNode) err("Unexpected EOF looking for closing tag.");
@@ -942,9 +954,29 @@ QzCString QzXmlReader::readElement(const QzXmlName& name) {
         }
     }
     currentAttributes_ = std::move(keptAttributes);
-    value_.assign(reinterpret_cast<const char*>(innerStart), lastTagStart_ - innerStart);
-    result.append(reinterpret_cast<const char*>(copyStart), cursor_ - copyStart);
+    value_.assign(copy.innerSaved);
+    value_.append(reinterpret_cast<const char*>(copy.inner), lastTagStart_ - copy.inner);
+    result += copy.saved;
+    result.append(reinterpret_cast<const char*>(copy.start), cursor_ - copy.start);
     return result;
+}
+
+// A declaration inside the element being copied may replace the buffer: the text read so far
+// is saved while the old buffer still exists, and the copy goes on from the new cursor.
+void QzXmlReader::saveRawCopy() {
+    if (!rawCopy_) return;
+    rawCopy_->saved.append(reinterpret_cast<const char*>(rawCopy_->start),
+                           cursor_ - rawCopy_->start);
+    if (rawCopy_->inner) {
+        rawCopy_->innerSaved.append(reinterpret_cast<const char*>(rawCopy_->inner),
+                                    cursor_ - rawCopy_->inner);
+    }
+}
+
+void QzXmlReader::rebaseRawCopy() {
+    if (!rawCopy_) return;
+    rawCopy_->start = cursor_;
+    if (rawCopy_->inner) rawCopy_->inner = cursor_;
 }
 
 QzCString QzXmlReader::readElement(const QzCString& name) {
