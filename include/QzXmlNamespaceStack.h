@@ -2,6 +2,8 @@
 #define QZXMLNAMESPACESTACK_H
 
 #include <memory>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "QzCString.h"
@@ -39,19 +41,31 @@ public:
     const std::vector<QzXmlNamespace>& getInnermostScope() const;
 
 private:
-    class Scope;
+    using Scope = std::vector<QzXmlNamespace>;
+    // Where the declaration that answers for a key lies: scope index and position in it.
+    struct Binding {
+        std::size_t scope;
+        std::size_t position;
+    };
+    // For each key, the bindings of the scopes that declare it, innermost last: a lookup
+    // costs one hash probe however deep the document.
+    using Index = std::unordered_map<std::string, std::vector<Binding>>;
+    using KeyOf = const QzCString& (QzXmlNamespace::*)() const noexcept;
+
+    void shareAll() const;
+    static void bind(Index& index, const QzCString& key, Binding binding);
+    static void unbind(Index& index, const QzCString& key, std::size_t scope);
+    const QzCString& lookUp(const QzCString& key, const Index& index, KeyOf keyOf,
+                            KeyOf answerOf) const;
 
     // Scopes stay unallocated (null) until something is declared in them, so that a deep
-    // document costs no allocation per element; populated_ lists the allocated ones so that
-    // lookups never walk the empty scopes.
-    void shareAll() const;
-
-    using FindIn = const QzXmlNamespace* (Scope::*)(const QzCString&) const;
-    using AnswerOf = const QzCString& (QzXmlNamespace::*)() const noexcept;
-    const QzCString& lookUp(const QzCString& key, FindIn findIn, AnswerOf answerOf) const;
-
+    // document costs no allocation per element.
     mutable std::vector<std::shared_ptr<Scope>> scopes_;  ///< outermost first
-    mutable std::vector<std::size_t> populated_;          ///< indices of allocated scopes
+    Index byPrefix_;
+    Index byURI_;
+    // Once scopes are shared with a copy, either stack may add to them behind the other's
+    // index, so lookups walk the scopes instead.
+    mutable bool shared_ = false;
 };
 
 #endif

@@ -401,6 +401,17 @@ TEST(QzXmlReader, DeepNesting) {
         d.readNextNode();
     EXPECT_EQ(2L * kDeep, nodes);
     EXPECT_EQ(0, d.getDepth());
+
+    // A declaration at every level must not make each lookup walk all the levels above.
+    constexpr int kDeclared = 200000;
+    std::string scoped;
+    for (int i = 0; i < kDeclared; ++i)
+        scoped += "<p:a xmlns:p='u" + std::to_string(i) + "'>";
+    QzXmlReader s{QzCString(scoped + "<p:b/>")};
+    for (int i = 0; i <= kDeclared; ++i)
+        s.readNextNode();
+    EXPECT_EQ("u199999", s.getCurrentName().getURI().std());
+    EXPECT_EQ(kDeclared, s.getDepth());
 }
 
 TEST(QzXmlReader, HugeTags) {

@@ -1,80 +1,19 @@
 #include "QzXmlNamespaceStack.h"
 
-#include <string>
-#include <unordered_map>
-
 #include "QzXmlAttributeSet.h"
 #include "QzXmlInternalError.h"
 
-namespace {
-
-// Below this size a linear scan beats hashing; above it a scope with thousands of
-// declarations must not make every lookup linear.
-constexpr std::size_t kIndexThreshold = 16;
-
-}  // namespace
-
-// One scope: declarations in the order they were added, plus, once the scope is large, the
-// position of the first declaration of each prefix and of each URI.
-class QzXmlNamespaceStack::Scope {
-public:
-    void add(const QzXmlNamespace& ns) {
-        declarations_.push_back(ns);
-        if (declarations_.size() == kIndexThreshold) {
-            for (std::size_t i = 0; i < declarations_.size(); ++i)
-                index(i);
-        } else if (declarations_.size() > kIndexThreshold) {
-            index(declarations_.size() - 1);
-        }
-    }
-
-    const QzXmlNamespace* findPrefix(const QzCString& prefix) const {
-        return find(prefix, byPrefix_, &QzXmlNamespace::getPrefix);
-    }
-
-    const std::vector<QzXmlNamespace>& declarations() const { return declarations_; }
-
-    const QzXmlNamespace* findURI(const QzCString& uri) const {
-        return find(uri, byURI_, &QzXmlNamespace::getURI);
-    }
-
-private:
-    using Index = std::unordered_map<std::string, std::size_t>;
-
-    // emplace keeps an existing entry, so the earliest declaration stays the answer.
-    void index(std::size_t i) {
-        byPrefix_.emplace(declarations_[i].getPrefix().std(), i);
-        byURI_.emplace(declarations_[i].getURI().std(), i);
-    }
-
-    const QzXmlNamespace* find(const QzCString& key, const Index& index,
-                               const QzCString& (QzXmlNamespace::*keyOf)() const noexcept) const {
-        if (declarations_.size() >= kIndexThreshold) {
-            auto hit = index.find(key.std());
-            return hit == index.end() ? nullptr : &declarations_[hit->second];
-        }
-        for (const QzXmlNamespace& ns : declarations_) {
-            if ((ns.*keyOf)() == key) return &ns;
-        }
-        return nullptr;
-    }
-
-    std::vector<QzXmlNamespace> declarations_;
-    Index byPrefix_;
-    Index byURI_;
-};
-
 QzXmlNamespaceStack::QzXmlNamespaceStack(const QzXmlNamespaceStack& other) {
-    other.shareAll();
-    scopes_ = other.scopes_;
-    populated_ = other.populated_;
+    *this = other;
 }
 
 QzXmlNamespaceStack& QzXmlNamespaceStack::operator=(const QzXmlNamespaceStack& other) {
     if (this != &other) {
         other.shareAll();
         scopes_ = other.scopes_;
-        populated_ = other.populated_;
+        byPrefix_ = other.byPrefix_;
+        byURI_ = other.byURI_;
+        shared_ = true;
     }
     return *this;
 }
@@ -83,11 +22,10 @@ QzXmlNamespaceStack::~QzXmlNamespaceStack() = default;
 
 // A copy must share every scope, also those still empty, so each gets its object now.
 void QzXmlNamespaceStack::shareAll() const {
-    populated_.clear();
-    for (std::size_t i = 0; i < scopes_.size(); ++i) {
-        if (!scopes_[i]) scopes_[i] = std::make_shared<Scope>();
-        populated_.push_back(i);
+    for (std::shared_ptr<Scope>& scope : scopes_) {
+        if (!scope) scope = std::make_shared<Scope>();
     }
+    shared_ = true;
 }
 
 void QzXmlNamespaceStack::pushScope() {
@@ -96,7 +34,12 @@ void QzXmlNamespaceStack::pushScope() {
 
 void QzXmlNamespaceStack::popScope() {
     if (scopes_.empty()) return;
-    if (!populated_.empty() && populated_.back() == scopes_.size() - 1) populated_.pop_back();
+    if (const std::shared_ptr<Scope>& innermost = scopes_.back()) {
+        for (const QzXmlNamespace& ns : *innermost) {
+            unbind(byPrefix_, ns.getPrefix(), scopes_.size() - 1);
+            unbind(byURI_, ns.getURI(), scopes_.size() - 1);
+        }
+    }
     scopes_.pop_back();
 }
 
@@ -105,31 +48,54 @@ void QzXmlNamespaceStack::addNamespace(const QzXmlNamespace& ns) {
         throw QzXmlInternalError(QzCString("addNamespace called with no namespace scope open"));
     }
     std::shared_ptr<Scope>& innermost = scopes_.back();
-    if (!innermost) {
-        innermost = std::make_shared<Scope>();
-        populated_.push_back(scopes_.size() - 1);
-    }
-    innermost->add(ns);
+    if (!innermost) innermost = std::make_shared<Scope>();
+    const Binding binding{scopes_.size() - 1, innermost->size()};
+    innermost->push_back(ns);
+    bind(byPrefix_, ns.getPrefix(), binding);
+    bind(byURI_, ns.getURI(), binding);
+}
+
+// Within one scope the earliest declaration of a key answers, so a later one is not bound.
+void QzXmlNamespaceStack::bind(Index& index, const QzCString& key, Binding binding) {
+    std::vector<Binding>& bindings = index[key.std()];
+    if (bindings.empty() || bindings.back().scope != binding.scope) bindings.push_back(binding);
+}
+
+void QzXmlNamespaceStack::unbind(Index& index, const QzCString& key, std::size_t scope) {
+    const auto found = index.find(key.std());
+    if (found == index.end() || found->second.back().scope != scope) return;
+    found->second.pop_back();
+    if (found->second.empty()) index.erase(found);
 }
 
 const QzCString& QzXmlNamespaceStack::getURIForPrefix(const QzCString& prefix) const {
-    return lookUp(prefix, &Scope::findPrefix, &QzXmlNamespace::getURI);
+    return lookUp(prefix, byPrefix_, &QzXmlNamespace::getPrefix, &QzXmlNamespace::getURI);
 }
 
 const QzCString& QzXmlNamespaceStack::getPrefixForURI(const QzCString& uri) const {
-    return lookUp(uri, &Scope::findURI, &QzXmlNamespace::getPrefix);
+    return lookUp(uri, byURI_, &QzXmlNamespace::getURI, &QzXmlNamespace::getPrefix);
 }
 
 const std::vector<QzXmlNamespace>& QzXmlNamespaceStack::getInnermostScope() const {
-    static const std::vector<QzXmlNamespace> none;
-    return scopes_.empty() || !scopes_.back() ? none : scopes_.back()->declarations();
+    static const Scope none;
+    return scopes_.empty() || !scopes_.back() ? none : *scopes_.back();
 }
 
-// Innermost scope first, so inner declarations hide outer ones.
-const QzCString& QzXmlNamespaceStack::lookUp(const QzCString& key, FindIn findIn,
-                                             AnswerOf answerOf) const {
-    for (auto at = populated_.rbegin(); at != populated_.rend(); ++at) {
-        if (const QzXmlNamespace* ns = (scopes_[*at].get()->*findIn)(key)) return (ns->*answerOf)();
+// Innermost scope first, so inner declarations hide outer ones; within a scope the earliest
+// declaration wins.
+const QzCString& QzXmlNamespaceStack::lookUp(const QzCString& key, const Index& index, KeyOf keyOf,
+                                             KeyOf answerOf) const {
+    if (!shared_) {
+        const auto found = index.find(key.std());
+        if (found == index.end()) return QzXmlAttributeSet::EmptyString;
+        const Binding& binding = found->second.back();
+        return ((*scopes_[binding.scope])[binding.position].*answerOf)();
+    }
+    for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
+        if (!*scope) continue;
+        for (const QzXmlNamespace& ns : **scope) {
+            if ((ns.*keyOf)() == key) return (ns.*answerOf)();
+        }
     }
     return QzXmlAttributeSet::EmptyString;
 }
