@@ -6,14 +6,15 @@
 #include <string>
 #include <vector>
 
+#include "EventPrinter.h"
+#include "Formatter.h"
+#include "OpenElements.h"
 #include "QzCString.h"
 #include "QzDateTime.h"
 #include "QzXmlContentHandler.h"
 #include "QzXmlDuration.h"
 #include "QzXmlParseError.h"
-#include "QzXmlReader.h"
 #include "QzXmlSAXParser.h"
-#include "QzXmlStringWriter.h"
 #include "QzXmlUtils.h"
 #include "Qzxmsg.h"
 
@@ -89,77 +90,6 @@ void reportParseError(const std::string& path, const QzXmlParseError& e) {
     std::cerr << path << ':' << e.getLine() << ':' << e.getColumn() << ": " << e.why() << '\n';
 }
 
-// A text on one line: quotes, backslashes and control bytes escaped, other bytes as they are.
-std::string quoted(const QzCString& text) {
-    static const char kHex[] = "0123456789abcdef";
-    std::string out = "\"";
-    for (const char c : text.std()) {
-        const auto b = static_cast<unsigned char>(c);
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += c;
-        } else if (c == '\n') {
-            out += "\\n";
-        } else if (c == '\t') {
-            out += "\\t";
-        } else if (c == '\r') {
-            out += "\\r";
-        } else if (b < 0x20) {
-            out += "\\x";
-            out += kHex[b >> 4];
-            out += kHex[b & 15];
-        } else {
-            out += c;
-        }
-    }
-    return out + '"';
-}
-
-// The qualified name, then the namespace URI in braces when there is one.
-std::string describe(const QzXmlName& name) {
-    std::string out = name.getQualifiedName().std();
-    if (!name.getURI().empty()) out += "{" + name.getURI().std() + "}";
-    return out;
-}
-
-// One line per event, as "qzxml events" prints them.
-class EventPrinter : public QzXmlContentHandler {
-public:
-    void prolog(const QzXmlProlog& prolog) override {
-        std::cout << "prolog version=" << quoted(prolog.getVersion());
-        if (prolog.hasEncoding()) std::cout << " encoding=" << quoted(prolog.getEncoding());
-        if (prolog.hasStandalone())
-            std::cout << " standalone=" << (prolog.isStandalone() ? "yes" : "no");
-        std::cout << '\n';
-    }
-    void startElement(const QzXmlName& name, const QzXmlAttributeSet& attributes) override {
-        std::cout << "start " << describe(name);
-        for (const QzXmlAttribute& attribute : attributes) {
-            std::cout << ' ' << describe(attribute.getName()) << '='
-                      << quoted(attribute.getValue());
-        }
-        std::cout << '\n';
-    }
-    void endElement(const QzXmlName& name) override {
-        std::cout << "end " << describe(name) << '\n';
-    }
-    void characters(const QzCString& text) override {
-        std::cout << "text " << quoted(text) << '\n';
-    }
-};
-
-// Remembers the elements still open, so that check can flag a truncated document.
-class OpenElements : public QzXmlContentHandler {
-public:
-    void startElement(const QzXmlName& name, const QzXmlAttributeSet&) override {
-        open.push_back(name.getQualifiedName().std());
-    }
-    void endElement(const QzXmlName&) override { open.pop_back(); }
-    void characters(const QzCString&) override {}
-
-    std::vector<std::string> open;
-};
-
 // Where a text ends, as line and column (bytes) after its last byte.
 std::string endPosition(const QzCString& text) {
     const std::string& s = text.std();
@@ -193,66 +123,6 @@ int runEvents(const Args& args) {
     const bool parsed = parseDocument(args[0], document, &printer);
     return std::cout.flush() && parsed ? kOk : kFailed;
 }
-
-// Writes the events it receives back as XML, two spaces of indentation per level: text that
-// is only whitespace is dropped, other text stays on the line of its element. A start tag is
-// held back until the next event, so that an element with nothing inside comes out as "<e/>".
-class Formatter : public QzXmlContentHandler {
-public:
-    void prolog(const QzXmlProlog& prolog) override {
-        // The output is UTF-8 whatever the input was.
-        writer_.write("<?xml version=\"" + prolog.getVersion() + "\" encoding=\"UTF-8\"?>", false);
-    }
-    void startElement(const QzXmlName& name, const QzXmlAttributeSet& attributes) override {
-        writeHeldStart(false);
-        held_ = true;
-        heldName_ = name;
-        heldAttributes_ = attributes;
-        // The writer declares the default namespace from the element's name itself.
-        heldAttributes_.erase(QzXmlName(QzXmlAttributeSet::DefaultNamespaceAttributeTag));
-    }
-    void endElement(const QzXmlName& name) override {
-        if (held_) {
-            writeHeldStart(true);
-            return;
-        }
-        writer_.decrementIndent();
-        if (!lineOpen_) breakLine();
-        writer_.writeElementEnd(name);
-        lineOpen_ = false;
-    }
-    void characters(const QzCString& text) override {
-        if (QzXmlUtils::stripWhiteSpaceAndNewlines(text, QzCString::both).empty()) return;
-        writeHeldStart(false);
-        writer_.write(text, true);
-        // The end tag follows the text at once, so that no whitespace is added to it.
-        lineOpen_ = true;
-    }
-    // The document, ending with a line feed.
-    QzCString finish() {
-        writer_.writeNewLine();
-        return writer_.getString();
-    }
-
-private:
-    void breakLine() {
-        if (writer_.getLength() > 0) writer_.writeNewLine();
-    }
-    void writeHeldStart(bool isEmpty) {
-        if (!held_) return;
-        held_ = false;
-        breakLine();
-        writer_.writeElementStart(heldName_, heldAttributes_, isEmpty);
-        if (!isEmpty) writer_.incrementIndent();
-        lineOpen_ = !isEmpty;
-    }
-
-    QzXmlStringWriter writer_;
-    bool held_ = false;      ///< a start tag waits in heldName_ and heldAttributes_
-    bool lineOpen_ = false;  ///< the end tag goes on the current line
-    QzXmlName heldName_;
-    QzXmlAttributeSet heldAttributes_;
-};
 
 int runFormat(const Args& args) {
     if (args.size() != 1) return fail("format", "expects one FILE or -");
