@@ -151,6 +151,14 @@ TEST(QzXmlReader, DetectsAndDecodesEncodings) {
     QzXmlReader wide{QzCString(utf32)};
     EXPECT_EQ("UTF-32LE", wide.getEncodingName().std());
     EXPECT_EQ("<a 'b' /a", trace(wide));
+    // 00 00 00 3C is big-endian UCS-4 without a mark; 4C 6F A7 94 is EBCDIC, a name the
+    // converter does not know.
+    std::string ucs4;
+    for (char c : std::string("<a>b</a>"))
+        ucs4 += std::string(3, '\0') + std::string(1, c);
+    EXPECT_EQ("<a 'b' /a", trace(ucs4));
+    EXPECT_EQ(0u, failAt("\x4C\x6F\xA7\x94\x93\x40")
+                      .rfind("Couldn't transcode from input encoding 'EBCDIC': ", 0));
 
     // Declaring the detected name keeps the text; "UTF-16" is another name, so the decoded
     // text is converted once more, as big-endian UTF-16, and no longer reads.
