@@ -33,13 +33,16 @@ void QzXmlSAXParser::parse(const QzCString& document, const QzCString&) {
     if (contentHandler_ && !reader.getDeclaredVersion().empty()) {
         reportProlog(reader, *contentHandler_);
     }
+    // Open element names; slots are reused, so that their strings keep their capacity.
     std::vector<QzXmlName> open;
+    std::size_t depth = 0;
     while (!reader.eof()) {
         reader.readNextNode();
         const QzXmlName& name = reader.getCurrentName();
         switch (reader.getNodeType()) {
             case QzXmlReader::StartTag:
-                open.push_back(name);
+                if (depth == open.size()) open.emplace_back();
+                open[depth++] = name;
                 if (contentHandler_)
                     contentHandler_->startElement(name, reader.getCurrentAttributes());
                 break;
@@ -50,10 +53,10 @@ void QzXmlSAXParser::parse(const QzCString& document, const QzCString&) {
                 break;
             case QzXmlReader::EndTag:
                 // An end tag with nothing open is as unmatched as one closing the wrong element.
-                if (open.empty() || open.back() != name) {
+                if (depth == 0 || open[depth - 1] != name) {
                     reader.err(QzCString("Unmatched start tag for ") + name.asString());
                 }
-                open.pop_back();
+                --depth;
                 if (contentHandler_) contentHandler_->endElement(name);
                 break;
             case QzXmlReader::Content:
