@@ -149,6 +149,7 @@ private:
                         const QzCString& uri);
     void commitAttributes();
     void fixupAttributeURIs();
+    bool splitQualifiedName(const QzCString& qualifiedName) const;
     void resolveName(const QzCString& qualifiedName, QzXmlName& name) const;
 
     // Character data.

@@ -580,8 +580,7 @@ void QzXmlReader::readAttributeValue(Byte quote) {
 // been read, since the declaration it needs may follow it in the same tag.
 void QzXmlReader::addAttribute(const QzCString& name, const QzCString& value) {
     const QzCString& xmlns = QzXmlNamespace::getXmlns().getPrefix();
-    const QzSize_T colon = name.find(':');
-    if (colon == QzCString::npos) {
+    if (!splitQualifiedName(name)) {
         if (name == xmlns) {
             namespaceStack_.addNamespace(QzXmlNamespace(QzXmlAttributeSet::EmptyString, value));
             stageAttribute(name, value, QzXmlAttributeSet::EmptyString, value);
@@ -591,8 +590,6 @@ void QzXmlReader::addAttribute(const QzCString& name, const QzCString& value) {
         }
         return;
     }
-    prefixScratch_.assign(name.data(), colon);
-    localScratch_.assign(name.data() + colon + 1, name.length() - colon - 1);
     if (prefixScratch_ == xmlns) namespaceStack_.addNamespace(QzXmlNamespace(localScratch_, value));
     stageAttribute(localScratch_, value, prefixScratch_, prefixScratch_);
 }
@@ -640,15 +637,22 @@ void QzXmlReader::fixupAttributeURIs() {
     }
 }
 
-void QzXmlReader::resolveName(const QzCString& qualifiedName, QzXmlName& name) const {
+// With a ":" in the name, puts the text before the first one into prefixScratch_ and the
+// rest into localScratch_ and answers true; without one, answers false and leaves both alone.
+bool QzXmlReader::splitQualifiedName(const QzCString& qualifiedName) const {
     const QzSize_T colon = qualifiedName.find(':');
-    if (colon == QzCString::npos) {
+    if (colon == QzCString::npos) return false;
+    prefixScratch_.assign(qualifiedName.data(), colon);
+    localScratch_.assign(qualifiedName.data() + colon + 1, qualifiedName.length() - colon - 1);
+    return true;
+}
+
+void QzXmlReader::resolveName(const QzCString& qualifiedName, QzXmlName& name) const {
+    if (splitQualifiedName(qualifiedName)) {
+        name.setLocalName(localScratch_);
+    } else {
         prefixScratch_.resize(0);
         name.setLocalName(qualifiedName);
-    } else {
-        prefixScratch_.assign(qualifiedName.data(), colon);
-        localScratch_.assign(qualifiedName.data() + colon + 1, qualifiedName.length() - colon - 1);
-        name.setLocalName(localScratch_);
     }
     name.getNamespace().setPrefix(prefixScratch_);
     name.getNamespace().setURI(namespaceStack_.getURIForPrefix(prefixScratch_));

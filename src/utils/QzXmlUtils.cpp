@@ -210,23 +210,27 @@ bool QzXmlUtils::verifyEmptyData(QzXmlReader& reader, QzXmlReader&) {
 
 namespace {
 
-// Settles two nodes of different kinds: true when the difference is forgiven and the walk may
-// go on, with agree set when both readers now stand on nodes of the same kind to be compared.
-bool forgiveKindMismatch(QzXmlReader& a, QzXmlReader& b, bool& agree) {
+// What became of two nodes of different kinds.
+enum class Mismatch { Different, Forgiven, NowAlike };
+
+// An empty-element tag against a start tag closed at once is forgiven; whitespace-only text
+// against a tag is skipped, after which the two nodes must be of one kind to be compared.
+Mismatch settleMismatch(QzXmlReader& a, QzXmlReader& b) {
     const QzXmlReader::NodeType ta = a.getNodeType();
     const QzXmlReader::NodeType tb = b.getNodeType();
-    agree = false;
-    if (ta == QzXmlReader::EmptyElement) return QzXmlUtils::verifyEmptyTag(b, a);
-    if (tb == QzXmlReader::EmptyElement) return QzXmlUtils::verifyEmptyTag(a, b);
-    if (ta == QzXmlReader::StartTag || ta == QzXmlReader::EndTag) {
-        if (!QzXmlUtils::verifyEmptyData(b, b)) return false;
-    } else if (tb == QzXmlReader::StartTag || tb == QzXmlReader::EndTag) {
-        if (!QzXmlUtils::verifyEmptyData(a, b)) return false;
-    } else {
-        return false;
+    if (ta == QzXmlReader::EmptyElement || tb == QzXmlReader::EmptyElement) {
+        const bool forgiven = ta == QzXmlReader::EmptyElement ? QzXmlUtils::verifyEmptyTag(b, a)
+                                                              : QzXmlUtils::verifyEmptyTag(a, b);
+        return forgiven ? Mismatch::Forgiven : Mismatch::Different;
     }
-    agree = a.getNodeType() == b.getNodeType();
-    return agree;
+    bool skipped;
+    if (ta == QzXmlReader::StartTag || ta == QzXmlReader::EndTag) {
+        skipped = QzXmlUtils::verifyEmptyData(b, b);
+    } else {
+        skipped = (tb == QzXmlReader::StartTag || tb == QzXmlReader::EndTag) &&
+                  QzXmlUtils::verifyEmptyData(a, b);
+    }
+    return skipped && a.getNodeType() == b.getNodeType() ? Mismatch::NowAlike : Mismatch::Different;
 }
 
 }  // namespace
@@ -246,9 +250,9 @@ bool QzXmlUtils::compareXml(const QzCString& first, const QzCString& second) {
             return false;
         }
         if (a.getNodeType() != b.getNodeType()) {
-            bool agree;
-            if (!forgiveKindMismatch(a, b, agree)) return false;
-            if (!agree) continue;
+            const Mismatch mismatch = settleMismatch(a, b);
+            if (mismatch == Mismatch::Different) return false;
+            if (mismatch == Mismatch::Forgiven) continue;
         }
         switch (a.getNodeType()) {
             case QzXmlReader::EndTag:
