@@ -25,6 +25,9 @@ public:
     void setValue(const QzCString& value) { value_ = value; }
 
 private:
+    // The reader fills names and values straight from the document, without temporaries.
+    friend class QzXmlReader;
+
     QzXmlName name_;
     QzCString value_;
 };

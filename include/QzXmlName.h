@@ -42,6 +42,9 @@ public:
     int compareTo(const QzXmlName& other) const;
 
 private:
+    // The reader fills names and values straight from the document, without temporaries.
+    friend class QzXmlReader;
+
     QzCString localName_;
     QzXmlNamespace namespace_;
 };

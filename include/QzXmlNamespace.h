@@ -37,6 +37,9 @@ public:
     static bool matchXsd(const QzXmlNamespace& ns);
 
 private:
+    // The reader fills names and values straight from the document, without temporaries.
+    friend class QzXmlReader;
+
     QzCString prefix_;
     QzCString uri_;
 };

@@ -125,6 +125,7 @@ private:
 
     // Lexical primitives.
     void readS();
+    const Byte* scanName();
     void readName(QzCString& name);
     void readName(QzXmlName& name);
     std::uint32_t decodeCharacter();
@@ -140,22 +141,32 @@ private:
     void readDocTypeDecl();
 
     // Tags.
+    // An attribute of the tag being read, as positions: its name lies in the document buffer,
+    // its value there too unless references were expanded into expandedValues_.
+    struct StagedAttribute {
+        const Byte* name;
+        std::size_t nameLength;
+        std::size_t localStart;  ///< 0 without a prefix, else just after the first ":"
+        const Byte* value;       ///< null when the value lies in expandedValues_
+        std::size_t valueStart;  ///< offset in expandedValues_
+        std::size_t valueLength;
+    };
     void readTag();
+    void readTagBody();
     void readEndTag();
     void readAttribute();
-    void readAttributeValue(Byte quote);
-    void addAttribute(const QzCString& name, const QzCString& value);
-    void stageAttribute(const QzCString& localName, const QzCString& value, const QzCString& prefix,
-                        const QzCString& uri);
+    void readAttributeValue(Byte quote, StagedAttribute& attribute);
+    void declareNamespace(const StagedAttribute& attribute);
     void commitAttributes();
-    void fixupAttributeURIs();
-    bool splitQualifiedName(const QzCString& qualifiedName) const;
+    void fileAttribute(QzXmlAttribute& filed, const StagedAttribute& name,
+                       const StagedAttribute& value) const;
+    void resolveName(const char* first, const char* last, QzXmlName& name) const;
     void resolveName(const QzCString& qualifiedName, QzXmlName& name) const;
 
     // Character data.
     void readContent();
     bool readMarkupInContent();
-    QzCString readReference();
+    void appendReference(QzCString& out);
     std::uint64_t characterReference(const Byte* first, const Byte* last) const;
     void readCDATA();
 
@@ -201,18 +212,13 @@ private:
     bool nodePending_ = false;
     bool expandReferences_ = true;
 
-    // Scratch reused from tag to tag, so that reading allocates only when a text outgrows
-    // what an earlier one needed.
-    const Byte* lastTagStart_ = nullptr;  ///< the "<" of the tag read last
-    RawCopy* rawCopy_ = nullptr;          ///< the copy of the readElement call running
-    QzCString rawName_;
-    QzCString attributeName_;
-    QzCString attributeValue_;
-    mutable QzCString localScratch_;
-    mutable QzCString prefixScratch_;
-    std::vector<QzXmlAttribute> staged_;  ///< attributes of the tag being read, in order
-    std::size_t stagedCount_ = 0;
-    std::vector<std::uint32_t> order_;  ///< sort permutation of staged_
+    // Scratch reused from tag to tag, so that reading allocates only when a tag or text
+    // outgrows what an earlier one needed.
+    const Byte* lastTagStart_ = nullptr;   ///< the "<" of the tag read last
+    RawCopy* rawCopy_ = nullptr;           ///< the copy of the readElement call running
+    std::vector<StagedAttribute> staged_;  ///< attributes of the tag being read, in order
+    QzCString expandedValues_;             ///< the tag's attribute values that held references
+    std::vector<std::uint32_t> order_;     ///< sort permutation of staged_
 };
 
 #endif

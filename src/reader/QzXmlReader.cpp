@@ -5,6 +5,10 @@
 #include <istream>
 #include <numeric>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 #include "QzBoundsErr.h"
 #include "QzXmlCharInfo.h"
 #include "QzXmlParseError.h"
@@ -48,9 +52,10 @@ struct ByteTable {
 };
 
 constexpr ByteTable kWhitespace(" \t\n\r");
-constexpr ByteTable kContentStop("<&\r");
-constexpr ByteTable kAttributeStop("<&\"'");
 constexpr ByteTable kQuote("\"'");
+// ASCII bytes that may continue a name, as the character table classes them.
+constexpr ByteTable kAsciiNameByte(
+    "-.0123456789:ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz");
 
 // Value of a hexadecimal digit of a character reference, -1 for anything else. Lower-case
 // "f" is not a digit here, on purpose.
@@ -65,6 +70,36 @@ Byte* skipUntil(Byte* p, const Byte* limit, const ByteTable& table) {
     while (p < limit && !table[*p])
         ++p;
     return p;
+}
+
+// Three stop bytes for a scan, also as a table for the byte-at-a-time tail.
+struct StopBytes {
+    char bytes[4];
+    ByteTable table;
+    constexpr explicit StopBytes(const char (&three)[4])
+        : bytes{three[0], three[1], three[2], 0}, table(three) {}
+};
+
+constexpr StopBytes kContentStop("<&\r");
+constexpr StopBytes kDoubleQuotedStop("<&\"");
+constexpr StopBytes kSingleQuotedStop("<&'");
+
+// The first stop byte from p on, or limit: sixteen bytes a step where the processor allows,
+// since texts and values are mostly long runs.
+Byte* findStop(Byte* p, const Byte* limit, const StopBytes& stops) {
+#ifdef __SSE2__
+    const __m128i a = _mm_set1_epi8(stops.bytes[0]);
+    const __m128i b = _mm_set1_epi8(stops.bytes[1]);
+    const __m128i c = _mm_set1_epi8(stops.bytes[2]);
+    for (; limit - p >= 16; p += 16) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        const __m128i hit = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, a), _mm_cmpeq_epi8(v, b)),
+                                         _mm_cmpeq_epi8(v, c));
+        const int mask = _mm_movemask_epi8(hit);
+        if (mask != 0) return p + __builtin_ctz(static_cast<unsigned>(mask));
+    }
+#endif
+    return skipUntil(p, limit, stops.table);
 }
 
 // UTF-8 of a character reference or of a character in a message. The four-byte form always
@@ -139,6 +174,21 @@ bool equals(const QzCString& text, const char* literal) {
 std::int32_t wrapAdd(std::int32_t value, std::int32_t delta) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(value) +
                                      static_cast<std::uint32_t>(delta));
+}
+
+const char* chars(const Byte* p) {
+    return reinterpret_cast<const char*>(p);
+}
+
+// Byte-wise order with the shorter string first on a tie, as QzCString::compareTo.
+int compareBytes(const char* a, std::size_t aLength, const char* b, std::size_t bLength) {
+    const int r = std::memcmp(a, b, std::min(aLength, bLength));
+    if (r != 0) return r;
+    return aLength < bLength ? -1 : aLength > bLength ? 1 : 0;
+}
+
+bool isXmlns(const char* text, std::size_t length) {
+    return length == 5 && std::memcmp(text, "xmlns", 5) == 0;
 }
 
 }  // namespace
@@ -248,8 +298,9 @@ std::uint32_t QzXmlReader::decodeCharacter() {
 }
 
 // Only a name's first character is checked against the whole table; later characters are
-// classified only when they are ASCII, so any non-ASCII character may continue a name.
-void QzXmlReader::readName(QzCString& name) {
+// classified only when they are ASCII, so any non-ASCII character may continue a name. The
+// name stays where it lies: the caller takes it from the returned start to the cursor.
+const Byte* QzXmlReader::scanName() {
     if (atEnd()) prematureEof();
     const Byte* start = cursor_;
     const std::uint32_t first = decodeCharacter();
@@ -259,22 +310,22 @@ void QzXmlReader::readName(QzCString& name) {
         err(message);
     }
     for (;;) {
-        if (atEnd()) prematureEof();
-        if (*cursor_ >= 0x80) {
-            decodeCharacter();
-        } else if (qzXmlCharClass(*cursor_) >= 2) {
+        while (cursor_ < limit_ && kAsciiNameByte[*cursor_])
             ++cursor_;
-        } else {
-            break;
-        }
+        if (atEnd()) prematureEof();
+        if (*cursor_ < 0x80) return start;
+        decodeCharacter();
     }
-    name.append(reinterpret_cast<const char*>(start), cursor_ - start);
+}
+
+void QzXmlReader::readName(QzCString& name) {
+    const Byte* start = scanName();
+    name.assign(reinterpret_cast<const char*>(start), cursor_ - start);
 }
 
 void QzXmlReader::readName(QzXmlName& name) {
-    rawName_.resize(0);
-    readName(rawName_);
-    resolveName(rawName_, name);
+    const Byte* start = scanName();
+    resolveName(reinterpret_cast<const char*>(start), reinterpret_cast<const char*>(cursor_), name);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -508,30 +559,42 @@ void QzXmlReader::readTag() {
         readEndTag();
         return;
     }
-    rawName_.resize(0);
-    readName(rawName_);
+    const Byte* name = scanName();
+    const Byte* nameEnd = cursor_;
     namespaceStack_.pushScope();
-    currentAttributes_.clear();
-    stagedCount_ = 0;
+    try {
+        readTagBody();
+    } catch (...) {
+        // A tag that fails leaves no attributes behind, as if none had been read.
+        currentAttributes_.clear();
+        throw;
+    }
+    resolveName(reinterpret_cast<const char*>(name), reinterpret_cast<const char*>(nameEnd),
+                currentName_);
+    if (nodeType_ == EmptyElement) namespaceStack_.popScope();
+}
+
+// Reads the attributes and the closing ">" or "/>", and files the attributes.
+void QzXmlReader::readTagBody() {
+    staged_.clear();
+    expandedValues_.resize(0);
     for (;;) {
         readS();
         const Byte b = takeByte();
         if (b == '>') {
             depth_ = wrapAdd(depth_, 1);
             nodeType_ = StartTag;
-            commitAttributes();
-            resolveName(rawName_, currentName_);
-            return;
+            break;
         }
-        if (b == '/') break;
+        if (b == '/') {
+            nodeType_ = EmptyElement;
+            if (takeByte() != '>') err("Invalid '/' found in tag");
+            break;
+        }
         --cursor_;
         readAttribute();
     }
-    nodeType_ = EmptyElement;
-    if (takeByte() != '>') err("Invalid '/' found in tag");
     commitAttributes();
-    resolveName(rawName_, currentName_);
-    namespaceStack_.popScope();
 }
 
 // The name is resolved before the element's scope is popped; the message names "/" whatever
@@ -547,115 +610,147 @@ void QzXmlReader::readEndTag() {
 }
 
 void QzXmlReader::readAttribute() {
-    attributeName_.resize(0);
-    readName(attributeName_);
+    StagedAttribute attribute{};
+    attribute.name = scanName();
+    attribute.nameLength = cursor_ - attribute.name;
+    const void* colon = std::memchr(attribute.name, ':', attribute.nameLength);
+    if (colon) attribute.localStart = static_cast<const Byte*>(colon) - attribute.name + 1;
     readS();
     if (takeByte() != '=') err("Invalid character in attribute definition");
     readS();
     const Byte quote = takeByte();
     if (quote != '"' && quote != '\'') err("invalid character in attribute definition");
-    attributeValue_.resize(0);
-    readAttributeValue(quote);
-    addAttribute(attributeName_, attributeValue_);
+    readAttributeValue(quote, attribute);
+    staged_.push_back(attribute);
+    declareNamespace(attribute);
 }
 
-// Values are not normalised: line breaks, tabs and carriage returns are kept as they are.
-void QzXmlReader::readAttributeValue(Byte quote) {
-    for (;;) {
-        Byte* stop = skipUntil(cursor_, limit_, kAttributeStop);
-        attributeValue_.append(reinterpret_cast<const char*>(cursor_), stop - cursor_);
-        cursor_ = stop;
-        const Byte b = takeByte();
-        if (b == quote) return;
-        if (b == '<') err("Syntax error: unterminated attribute value");
-        if (b == '&' && expandReferences_) {
-            attributeValue_ += readReference();
-        } else {
-            attributeValue_ += static_cast<char>(b);
-        }
-    }
-}
-
-// A prefixed attribute keeps its prefix text as a provisional URI until the whole tag has
-// been read, since the declaration it needs may follow it in the same tag.
-void QzXmlReader::addAttribute(const QzCString& name, const QzCString& value) {
-    const QzCString& xmlns = QzXmlNamespace::getXmlns().getPrefix();
-    if (!splitQualifiedName(name)) {
-        if (name == xmlns) {
-            namespaceStack_.addNamespace(QzXmlNamespace(QzXmlAttributeSet::EmptyString, value));
-            stageAttribute(name, value, QzXmlAttributeSet::EmptyString, value);
-        } else {
-            stageAttribute(name, value, QzXmlAttributeSet::EmptyString,
-                           QzXmlAttributeSet::EmptyString);
-        }
+// Values are not normalised: line breaks, tabs and carriage returns are kept as they are. A
+// value without references is left in the document; one with them is built in
+// expandedValues_.
+void QzXmlReader::readAttributeValue(Byte quote, StagedAttribute& attribute) {
+    const StopBytes& stops = quote == '"' ? kDoubleQuotedStop : kSingleQuotedStop;
+    Byte* stop = findStop(cursor_, limit_, stops);
+    if (stop < limit_ && *stop == quote) {
+        attribute.value = cursor_;
+        attribute.valueLength = stop - cursor_;
+        cursor_ = stop + 1;
         return;
     }
-    if (prefixScratch_ == xmlns) namespaceStack_.addNamespace(QzXmlNamespace(localScratch_, value));
-    stageAttribute(localScratch_, value, prefixScratch_, prefixScratch_);
+    attribute.valueStart = expandedValues_.length();
+    for (;;) {
+        expandedValues_.append(reinterpret_cast<const char*>(cursor_), stop - cursor_);
+        cursor_ = stop;
+        const Byte b = takeByte();
+        if (b == quote) break;
+        if (b == '<') err("Syntax error: unterminated attribute value");
+        if (b == '&' && expandReferences_) {
+            appendReference(expandedValues_);
+        } else {
+            expandedValues_ += static_cast<char>(b);
+        }
+        stop = findStop(cursor_, limit_, stops);
+    }
+    attribute.valueLength = expandedValues_.length() - attribute.valueStart;
 }
 
-void QzXmlReader::stageAttribute(const QzCString& localName, const QzCString& value,
-                                 const QzCString& prefix, const QzCString& uri) {
-    if (stagedCount_ == staged_.size()) staged_.emplace_back();
-    QzXmlAttribute& attribute = staged_[stagedCount_++];
-    QzXmlName& name = attribute.getName();
-    name.setLocalName(localName);
-    name.getNamespace().setPrefix(prefix);
-    name.getNamespace().setURI(uri);
-    attribute.setValue(value);
+// A declaration takes effect in document order, before the tag's prefixed names are resolved.
+void QzXmlReader::declareNamespace(const StagedAttribute& attribute) {
+    const char* name = chars(attribute.name);
+    const char* value =
+        attribute.value ? chars(attribute.value) : expandedValues_.data() + attribute.valueStart;
+    if (attribute.localStart == 0) {
+        if (isXmlns(name, attribute.nameLength)) {
+            namespaceStack_.addNamespace(QzXmlNamespace(QzXmlAttributeSet::EmptyString,
+                                                        QzCString(value, attribute.valueLength)));
+        }
+    } else if (isXmlns(name, attribute.localStart - 1)) {
+        namespaceStack_.addNamespace(QzXmlNamespace(
+            QzCString(name + attribute.localStart, attribute.nameLength - attribute.localStart),
+            QzCString(value, attribute.valueLength)));
+    }
 }
 
-// Files the staged attributes as one-by-one adds to the set would, in n log n: sorted by
-// name, a repeated name keeps its first spelling and its last value.
+// Files the staged attributes as one-by-one adds to the set would, in n log n: sorted by name,
+// a repeated name keeps its first spelling and its last value. Until the tag is complete a
+// prefixed name's URI is its prefix text, and a default-namespace declaration's its value;
+// the filed names then get their real URIs without being re-sorted.
 void QzXmlReader::commitAttributes() {
-    order_.resize(stagedCount_);
+    struct Key {
+        const char* local;
+        std::size_t localLength;
+        const char* uri;
+        std::size_t uriLength;
+    };
+    const auto keyOf = [this](const StagedAttribute& a) {
+        const char* name = chars(a.name);
+        if (a.localStart != 0)
+            return Key{name + a.localStart, a.nameLength - a.localStart, name, a.localStart - 1};
+        if (!isXmlns(name, a.nameLength)) return Key{name, a.nameLength, name, 0};
+        const char* value = a.value ? chars(a.value) : expandedValues_.data() + a.valueStart;
+        return Key{name, a.nameLength, value, a.valueLength};
+    };
+    const auto compareKeys = [](const Key& a, const Key& b) {
+        const int c = compareBytes(a.local, a.localLength, b.local, b.localLength);
+        return c != 0 ? c : compareBytes(a.uri, a.uriLength, b.uri, b.uriLength);
+    };
+    const std::size_t count = staged_.size();
+    order_.resize(count);
     std::iota(order_.begin(), order_.end(), 0u);
     // Ties go by position, which keeps the sort stable without the buffer stable_sort takes.
-    std::sort(order_.begin(), order_.end(), [this](std::uint32_t a, std::uint32_t b) {
-        const int c = staged_[a].getName().compareTo(staged_[b].getName());
+    std::sort(order_.begin(), order_.end(), [&](std::uint32_t a, std::uint32_t b) {
+        const int c = compareKeys(keyOf(staged_[a]), keyOf(staged_[b]));
         return c != 0 ? c < 0 : a < b;
     });
+    // Equal names sit side by side in document order: the first gives the name, the last the
+    // value.
     std::vector<QzXmlAttribute>& filed = currentAttributes_.attributes_;
-    filed.reserve(stagedCount_);
-    for (std::uint32_t i : order_) {
-        if (!filed.empty() && filed.back().getName() == staged_[i].getName()) {
-            filed.back().setValue(staged_[i].getValue());
-        } else {
-            filed.push_back(std::move(staged_[i]));
-        }
+    filed.resize(count);
+    std::size_t kept = 0;
+    for (std::size_t first = 0, last; first < count; first = last) {
+        const Key key = keyOf(staged_[order_[first]]);
+        for (last = first + 1; last < count && compareKeys(key, keyOf(staged_[order_[last]])) == 0;)
+            ++last;
+        fileAttribute(filed[kept++], staged_[order_[first]], staged_[order_[last - 1]]);
     }
-    fixupAttributeURIs();
+    filed.resize(kept);
 }
 
-// Names are rewritten in place, without re-sorting: the set keeps the order of the
-// provisional names.
-void QzXmlReader::fixupAttributeURIs() {
-    for (QzXmlAttribute& attribute : currentAttributes_) {
-        QzXmlNamespace& ns = attribute.getName().getNamespace();
-        ns.setURI(ns.getPrefix().empty() ? QzXmlAttributeSet::EmptyString
-                                         : namespaceStack_.getURIForPrefix(ns.getPrefix()));
+void QzXmlReader::fileAttribute(QzXmlAttribute& filed, const StagedAttribute& name,
+                                const StagedAttribute& value) const {
+    QzXmlName& filedName = filed.name_;
+    QzXmlNamespace& ns = filedName.namespace_;
+    const char* text = chars(name.name);
+    filedName.localName_.assign(text + name.localStart, name.nameLength - name.localStart);
+    if (name.localStart == 0) {
+        ns.prefix_.resize(0);
+        ns.uri_.resize(0);
+    } else {
+        ns.prefix_.assign(text, name.localStart - 1);
+        ns.uri_.assign(namespaceStack_.getURIForPrefix(ns.prefix_));
     }
+    filed.value_.assign(
+        value.value ? chars(value.value) : expandedValues_.data() + value.valueStart,
+        value.valueLength);
 }
 
-// With a ":" in the name, puts the text before the first one into prefixScratch_ and the
-// rest into localScratch_ and answers true; without one, answers false and leaves both alone.
-bool QzXmlReader::splitQualifiedName(const QzCString& qualifiedName) const {
-    const QzSize_T colon = qualifiedName.find(':');
-    if (colon == QzCString::npos) return false;
-    prefixScratch_.assign(qualifiedName.data(), colon);
-    localScratch_.assign(qualifiedName.data() + colon + 1, qualifiedName.length() - colon - 1);
-    return true;
+// An unknown prefix resolves to the empty URI.
+void QzXmlReader::resolveName(const char* first, const char* last, QzXmlName& name) const {
+    QzXmlNamespace& ns = name.namespace_;
+    const void* colon = std::memchr(first, ':', last - first);
+    if (colon) {
+        const char* c = static_cast<const char*>(colon);
+        ns.prefix_.assign(first, c - first);
+        name.localName_.assign(c + 1, last - c - 1);
+    } else {
+        ns.prefix_.resize(0);
+        name.localName_.assign(first, last - first);
+    }
+    ns.uri_.assign(namespaceStack_.getURIForPrefix(ns.prefix_));
 }
 
 void QzXmlReader::resolveName(const QzCString& qualifiedName, QzXmlName& name) const {
-    if (splitQualifiedName(qualifiedName)) {
-        name.setLocalName(localScratch_);
-    } else {
-        prefixScratch_.resize(0);
-        name.setLocalName(qualifiedName);
-    }
-    name.getNamespace().setPrefix(prefixScratch_);
-    name.getNamespace().setURI(namespaceStack_.getURIForPrefix(prefixScratch_));
+    resolveName(qualifiedName.data(), qualifiedName.data() + qualifiedName.length(), name);
 }
 
 QzXmlName QzXmlReader::getXmlName(const QzCString& qualifiedName) const {
@@ -679,13 +774,13 @@ void QzXmlReader::readContent() {
     nodeType_ = Content;
     value_.resize(0);
     for (;;) {
-        Byte* stop = skipUntil(cursor_, limit_, kContentStop);
+        Byte* stop = findStop(cursor_, limit_, kContentStop);
         value_.append(reinterpret_cast<const char*>(cursor_), stop - cursor_);
         cursor_ = stop;
         if (atEnd()) prematureEof();
         if (*cursor_ == '&') {
             ++cursor_;
-            value_ += readReference();
+            appendReference(value_);
         } else if (*cursor_ == '\r') {
             ++cursor_;
             if (atEnd()) prematureEof();
@@ -727,7 +822,7 @@ void QzXmlReader::errInvalidBang(Byte third) const {
         QzCString(reinterpret_cast<const char*>(&third), 1));
 }
 
-QzCString QzXmlReader::readReference() {
+void QzXmlReader::appendReference(QzCString& out) {
     const void* semicolon = std::memchr(cursor_, ';', limit_ - cursor_);
     if (semicolon == nullptr) prematureEof();
     const Byte* name = cursor_;
@@ -736,18 +831,25 @@ QzCString QzXmlReader::readReference() {
     if (length == 0) throwBoundsErr(0, 0);
     if (name[0] == '#') {
         if (length == 1) throwBoundsErr(1, 1);
-        QzCString text;
-        appendUtf8(text, characterReference(name + 1, name + length));
-        return text;
+        appendUtf8(out, characterReference(name + 1, name + length));
+        return;
     }
-    const QzCString entity(reinterpret_cast<const char*>(name), length);
-    if (equals(entity, "lt")) return QzCString("<");
-    if (equals(entity, "gt")) return QzCString(">");
-    if (equals(entity, "amp")) return QzCString("&");
-    if (equals(entity, "apos")) return QzCString("'");
-    if (equals(entity, "quot")) return QzCString("\"");
+    static const struct {
+        const char* name;
+        std::size_t length;
+        char text;
+    } predefined[] = {
+        {"lt", 2, '<'}, {"gt", 2, '>'}, {"amp", 3, '&'}, {"apos", 4, '\''}, {"quot", 4, '"'}};
+    for (const auto& entity : predefined) {
+        if (entity.length == length && std::memcmp(entity.name, name, length) == 0) {
+            out += entity.text;
+            return;
+        }
+    }
     // A document's own entities are not known: the reference passes through unchanged.
-    return QzCString("&") + entity + QzCString(";");
+    out += '&';
+    out.append(chars(name), length);
+    out += ';';
 }
 
 // The value of the digits between first and last ("x" and hexadecimal digits, or decimal
