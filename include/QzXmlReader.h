@@ -126,6 +126,7 @@ private:
     // Lexical primitives.
     void readS();
     const Byte* scanName();
+    const Byte* scanNameRest(const Byte* start);
     void readName(QzCString& name);
     void readName(QzXmlName& name);
     std::uint32_t decodeCharacter();
@@ -150,6 +151,10 @@ private:
         const Byte* value;       ///< null when the value lies in expandedValues_
         std::size_t valueStart;  ///< offset in expandedValues_
         std::size_t valueLength;
+        // Set once the tag is complete: the value's bytes and the URI the name sorts by.
+        const char* valueText;
+        const char* sortURI;
+        std::size_t sortURILength;
     };
     void readTag();
     void readTagBody();
@@ -158,6 +163,8 @@ private:
     void readAttributeValue(Byte quote, StagedAttribute& attribute);
     void declareNamespace(const StagedAttribute& attribute);
     void commitAttributes();
+    void sortAttributes();
+    static int compareNames(const StagedAttribute& a, const StagedAttribute& b);
     void fileAttribute(QzXmlAttribute& filed, const StagedAttribute& name,
                        const StagedAttribute& value) const;
     void resolveName(const char* first, const char* last, QzXmlName& name) const;

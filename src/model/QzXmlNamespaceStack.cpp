@@ -86,6 +86,8 @@ const std::vector<QzXmlNamespace>& QzXmlNamespaceStack::getInnermostScope() cons
 const QzCString& QzXmlNamespaceStack::lookUp(const QzCString& key, const Index& index, KeyOf keyOf,
                                              KeyOf answerOf) const {
     if (!shared_) {
+        // A document without declarations never pays for hashing.
+        if (index.empty()) return QzXmlAttributeSet::EmptyString;
         const auto found = index.find(key.std());
         if (found == index.end()) return QzXmlAttributeSet::EmptyString;
         const Binding& binding = found->second.back();

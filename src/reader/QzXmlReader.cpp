@@ -53,7 +53,8 @@ struct ByteTable {
 
 constexpr ByteTable kWhitespace(" \t\n\r");
 constexpr ByteTable kQuote("\"'");
-// ASCII bytes that may continue a name, as the character table classes them.
+// ASCII bytes that may start or continue a name, as the character table classes them.
+constexpr ByteTable kAsciiNameStart(":ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz");
 constexpr ByteTable kAsciiNameByte(
     "-.0123456789:ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz");
 
@@ -182,9 +183,26 @@ const char* chars(const Byte* p) {
 
 // Byte-wise order with the shorter string first on a tie, as QzCString::compareTo.
 int compareBytes(const char* a, std::size_t aLength, const char* b, std::size_t bLength) {
+    // Names mostly differ in their first byte.
+    if (aLength != 0 && bLength != 0 && *a != *b)
+        return static_cast<unsigned char>(*a) < static_cast<unsigned char>(*b) ? -1 : 1;
     const int r = std::memcmp(a, b, std::min(aLength, bLength));
     if (r != 0) return r;
     return aLength < bLength ? -1 : aLength > bLength ? 1 : 0;
+}
+
+// Names and values mostly repeat those of the tag before, or have the same length: both
+// spare the general assignment.
+void setBytes(QzCString& target, const char* bytes, std::size_t length) {
+    if (target.length() != length) {
+        target.assign(bytes, length);
+    } else if (length != 0 && std::memcmp(target.data(), bytes, length) != 0) {
+        std::memcpy(target.data(), bytes, length);
+    }
+}
+
+void setBytes(QzCString& target, const QzCString& source) {
+    setBytes(target, source.data(), source.length());
 }
 
 bool isXmlns(const char* text, std::size_t length) {
@@ -303,12 +321,25 @@ std::uint32_t QzXmlReader::decodeCharacter() {
 const Byte* QzXmlReader::scanName() {
     if (atEnd()) prematureEof();
     const Byte* start = cursor_;
+    if (kAsciiNameStart[*start]) {
+        Byte* p = cursor_ + 1;
+        while (p < limit_ && kAsciiNameByte[*p])
+            ++p;
+        cursor_ = p;
+        if (p < limit_ && *p < 0x80) return start;
+        return scanNameRest(start);
+    }
     const std::uint32_t first = decodeCharacter();
     if (qzXmlCharClass(first) < 3) {
         QzCString message("Illegal starting character for name: ");
         appendUtf8(message, first);
         err(message);
     }
+    return scanNameRest(start);
+}
+
+// The rest of a name whose first character has been read.
+const Byte* QzXmlReader::scanNameRest(const Byte* start) {
     for (;;) {
         while (cursor_ < limit_ && kAsciiNameByte[*cursor_])
             ++cursor_;
@@ -676,44 +707,56 @@ void QzXmlReader::declareNamespace(const StagedAttribute& attribute) {
 // prefixed name's URI is its prefix text, and a default-namespace declaration's its value;
 // the filed names then get their real URIs without being re-sorted.
 void QzXmlReader::commitAttributes() {
-    struct Key {
-        const char* local;
-        std::size_t localLength;
-        const char* uri;
-        std::size_t uriLength;
-    };
-    const auto keyOf = [this](const StagedAttribute& a) {
-        const char* name = chars(a.name);
-        if (a.localStart != 0)
-            return Key{name + a.localStart, a.nameLength - a.localStart, name, a.localStart - 1};
-        if (!isXmlns(name, a.nameLength)) return Key{name, a.nameLength, name, 0};
-        const char* value = a.value ? chars(a.value) : expandedValues_.data() + a.valueStart;
-        return Key{name, a.nameLength, value, a.valueLength};
-    };
-    const auto compareKeys = [](const Key& a, const Key& b) {
-        const int c = compareBytes(a.local, a.localLength, b.local, b.localLength);
-        return c != 0 ? c : compareBytes(a.uri, a.uriLength, b.uri, b.uriLength);
-    };
-    const std::size_t count = staged_.size();
-    order_.resize(count);
-    std::iota(order_.begin(), order_.end(), 0u);
-    // Ties go by position, which keeps the sort stable without the buffer stable_sort takes.
-    std::sort(order_.begin(), order_.end(), [&](std::uint32_t a, std::uint32_t b) {
-        const int c = compareKeys(keyOf(staged_[a]), keyOf(staged_[b]));
-        return c != 0 ? c < 0 : a < b;
-    });
+    for (StagedAttribute& a : staged_) {
+        a.valueText = a.value ? chars(a.value) : expandedValues_.data() + a.valueStart;
+        a.sortURI = chars(a.name);
+        if (a.localStart != 0) {
+            a.sortURILength = a.localStart - 1;
+        } else if (isXmlns(a.sortURI, a.nameLength)) {
+            a.sortURI = a.valueText;
+            a.sortURILength = a.valueLength;
+        } else {
+            a.sortURILength = 0;
+        }
+    }
+    sortAttributes();
     // Equal names sit side by side in document order: the first gives the name, the last the
     // value.
+    const std::size_t count = staged_.size();
     std::vector<QzXmlAttribute>& filed = currentAttributes_.attributes_;
     filed.resize(count);
     std::size_t kept = 0;
     for (std::size_t first = 0, last; first < count; first = last) {
-        const Key key = keyOf(staged_[order_[first]]);
-        for (last = first + 1; last < count && compareKeys(key, keyOf(staged_[order_[last]])) == 0;)
+        const StagedAttribute& name = staged_[order_[first]];
+        for (last = first + 1; last < count && compareNames(name, staged_[order_[last]]) == 0;)
             ++last;
-        fileAttribute(filed[kept++], staged_[order_[first]], staged_[order_[last - 1]]);
+        fileAttribute(filed[kept++], name, staged_[order_[last - 1]]);
     }
     filed.resize(kept);
+}
+
+// Local name first, then the URI the attribute sorts by.
+int QzXmlReader::compareNames(const StagedAttribute& a, const StagedAttribute& b) {
+    const int c = compareBytes(chars(a.name) + a.localStart, a.nameLength - a.localStart,
+                               chars(b.name) + b.localStart, b.nameLength - b.localStart);
+    return c != 0 ? c : compareBytes(a.sortURI, a.sortURILength, b.sortURI, b.sortURILength);
+}
+
+// Leaves in order_ the positions of the staged attributes by name, equal names in document
+// order. Tags mostly come sorted already or nearly, and are short.
+void QzXmlReader::sortAttributes() {
+    const std::size_t count = staged_.size();
+    order_.resize(count);
+    std::iota(order_.begin(), order_.end(), 0u);
+    std::size_t i = 1;
+    while (i < count && compareNames(staged_[i - 1], staged_[i]) <= 0)
+        ++i;
+    if (i >= count) return;
+    // Ties go by position, which keeps the sort stable without the buffer stable_sort takes.
+    std::sort(order_.begin(), order_.end(), [this](std::uint32_t a, std::uint32_t b) {
+        const int c = compareNames(staged_[a], staged_[b]);
+        return c != 0 ? c < 0 : a < b;
+    });
 }
 
 void QzXmlReader::fileAttribute(QzXmlAttribute& filed, const StagedAttribute& name,
@@ -721,17 +764,15 @@ void QzXmlReader::fileAttribute(QzXmlAttribute& filed, const StagedAttribute& na
     QzXmlName& filedName = filed.name_;
     QzXmlNamespace& ns = filedName.namespace_;
     const char* text = chars(name.name);
-    filedName.localName_.assign(text + name.localStart, name.nameLength - name.localStart);
+    setBytes(filedName.localName_, text + name.localStart, name.nameLength - name.localStart);
     if (name.localStart == 0) {
-        ns.prefix_.resize(0);
-        ns.uri_.resize(0);
+        setBytes(ns.prefix_, text, 0);
+        setBytes(ns.uri_, text, 0);
     } else {
-        ns.prefix_.assign(text, name.localStart - 1);
-        ns.uri_.assign(namespaceStack_.getURIForPrefix(ns.prefix_));
+        setBytes(ns.prefix_, text, name.localStart - 1);
+        setBytes(ns.uri_, namespaceStack_.getURIForPrefix(ns.prefix_));
     }
-    filed.value_.assign(
-        value.value ? chars(value.value) : expandedValues_.data() + value.valueStart,
-        value.valueLength);
+    setBytes(filed.value_, value.valueText, value.valueLength);
 }
 
 // An unknown prefix resolves to the empty URI.
@@ -740,13 +781,13 @@ void QzXmlReader::resolveName(const char* first, const char* last, QzXmlName& na
     const void* colon = std::memchr(first, ':', last - first);
     if (colon) {
         const char* c = static_cast<const char*>(colon);
-        ns.prefix_.assign(first, c - first);
-        name.localName_.assign(c + 1, last - c - 1);
+        setBytes(ns.prefix_, first, c - first);
+        setBytes(name.localName_, c + 1, last - c - 1);
     } else {
-        ns.prefix_.resize(0);
-        name.localName_.assign(first, last - first);
+        setBytes(ns.prefix_, first, 0);
+        setBytes(name.localName_, first, last - first);
     }
-    ns.uri_.assign(namespaceStack_.getURIForPrefix(ns.prefix_));
+    setBytes(ns.uri_, namespaceStack_.getURIForPrefix(ns.prefix_));
 }
 
 void QzXmlReader::resolveName(const QzCString& qualifiedName, QzXmlName& name) const {
@@ -772,10 +813,16 @@ void QzXmlReader::readContent() {
         return;
     }
     nodeType_ = Content;
+    Byte* stop = findStop(cursor_, limit_, kContentStop);
+    // Most texts run straight to the next tag.
+    if (limit_ - stop >= 2 && stop[0] == '<' && stop[1] != '?' && stop[1] != '!') {
+        setBytes(value_, chars(cursor_), stop - cursor_);
+        cursor_ = stop;
+        return;
+    }
     value_.resize(0);
-    for (;;) {
-        Byte* stop = findStop(cursor_, limit_, kContentStop);
-        value_.append(reinterpret_cast<const char*>(cursor_), stop - cursor_);
+    for (;; stop = findStop(cursor_, limit_, kContentStop)) {
+        value_.append(chars(cursor_), stop - cursor_);
         cursor_ = stop;
         if (atEnd()) prematureEof();
         if (*cursor_ == '&') {
