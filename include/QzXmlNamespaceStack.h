@@ -54,18 +54,26 @@ private:
 
     void shareAll() const;
     static void bind(Index& index, const QzCString& key, Binding binding);
-    static void unbind(Index& index, const QzCString& key, std::size_t scope);
+    void unbind(Index& index, const QzCString& key, std::size_t scope);
+    void sweep(Index& index);
+    std::shared_ptr<Scope> newScope();
     const QzCString& lookUp(const QzCString& key, const Index& index, KeyOf keyOf,
                             KeyOf answerOf) const;
 
     // Scopes stay unallocated (null) until something is declared in them, so that a deep
     // document costs no allocation per element.
     mutable std::vector<std::shared_ptr<Scope>> scopes_;  ///< outermost first
+    std::vector<std::shared_ptr<Scope>> spareScopes_;     ///< popped scopes kept for reuse
+    std::size_t declarations_ = 0;                        ///< namespaces in all open scopes
     Index byPrefix_;
     Index byURI_;
     // Once scopes are shared with a copy, either stack may add to them behind the other's
     // index, so lookups walk the scopes instead.
     mutable bool shared_ = false;
+    // The last prefix looked up and its answer, while no declaration has come or gone since.
+    mutable QzCString lastPrefix_;
+    mutable const QzCString* lastURI_ = nullptr;
+    mutable bool lastPrefixValid_ = false;
 };
 
 #endif

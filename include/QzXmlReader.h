@@ -225,6 +225,7 @@ private:
     RawCopy* rawCopy_ = nullptr;           ///< the copy of the readElement call running
     std::vector<StagedAttribute> staged_;  ///< attributes of the tag being read, in order
     QzCString expandedValues_;             ///< the tag's attribute values that held references
+    QzXmlNamespace declaration_;           ///< the declaration being added
     std::vector<std::uint32_t> order_;     ///< sort permutation of staged_
 };
 

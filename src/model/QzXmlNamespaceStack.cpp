@@ -1,5 +1,7 @@
 #include "QzXmlNamespaceStack.h"
 
+#include <algorithm>
+
 #include "QzXmlAttributeSet.h"
 #include "QzXmlInternalError.h"
 
@@ -13,7 +15,9 @@ QzXmlNamespaceStack& QzXmlNamespaceStack::operator=(const QzXmlNamespaceStack& o
         scopes_ = other.scopes_;
         byPrefix_ = other.byPrefix_;
         byURI_ = other.byURI_;
+        declarations_ = other.declarations_;
         shared_ = true;
+        lastPrefixValid_ = false;
     }
     return *this;
 }
@@ -34,10 +38,19 @@ void QzXmlNamespaceStack::pushScope() {
 
 void QzXmlNamespaceStack::popScope() {
     if (scopes_.empty()) return;
-    if (const std::shared_ptr<Scope>& innermost = scopes_.back()) {
+    if (std::shared_ptr<Scope>& innermost = scopes_.back()) {
+        lastPrefixValid_ = false;
         for (const QzXmlNamespace& ns : *innermost) {
             unbind(byPrefix_, ns.getPrefix(), scopes_.size() - 1);
             unbind(byURI_, ns.getURI(), scopes_.size() - 1);
+        }
+        declarations_ -= std::min(declarations_, innermost->size());
+        sweep(byPrefix_);
+        sweep(byURI_);
+        // A scope no copy shares is kept for the next declaration, with its capacity.
+        if (innermost.use_count() == 1) {
+            innermost->clear();
+            spareScopes_.push_back(std::move(innermost));
         }
     }
     scopes_.pop_back();
@@ -48,11 +61,20 @@ void QzXmlNamespaceStack::addNamespace(const QzXmlNamespace& ns) {
         throw QzXmlInternalError(QzCString("addNamespace called with no namespace scope open"));
     }
     std::shared_ptr<Scope>& innermost = scopes_.back();
-    if (!innermost) innermost = std::make_shared<Scope>();
+    if (!innermost) innermost = newScope();
+    lastPrefixValid_ = false;
     const Binding binding{scopes_.size() - 1, innermost->size()};
     innermost->push_back(ns);
+    ++declarations_;
     bind(byPrefix_, ns.getPrefix(), binding);
     bind(byURI_, ns.getURI(), binding);
+}
+
+std::shared_ptr<QzXmlNamespaceStack::Scope> QzXmlNamespaceStack::newScope() {
+    if (spareScopes_.empty()) return std::make_shared<Scope>();
+    std::shared_ptr<Scope> scope = std::move(spareScopes_.back());
+    spareScopes_.pop_back();
+    return scope;
 }
 
 // Within one scope the earliest declaration of a key answers, so a later one is not bound.
@@ -61,15 +83,34 @@ void QzXmlNamespaceStack::bind(Index& index, const QzCString& key, Binding bindi
     if (bindings.empty() || bindings.back().scope != binding.scope) bindings.push_back(binding);
 }
 
+// A key left without bindings stays in the index, so that a document declaring the same
+// prefixes over and over does not allocate for them each time.
 void QzXmlNamespaceStack::unbind(Index& index, const QzCString& key, std::size_t scope) {
     const auto found = index.find(key.std());
-    if (found == index.end() || found->second.back().scope != scope) return;
+    if (found == index.end() || found->second.empty() || found->second.back().scope != scope)
+        return;
     found->second.pop_back();
-    if (found->second.empty()) index.erase(found);
 }
 
+// Sweeps only once dead keys outnumber the declarations in force, so that each declaration
+// pays for its key's removal at most once.
+void QzXmlNamespaceStack::sweep(Index& index) {
+    if (index.size() <= 64 + 2 * declarations_) return;
+    for (auto entry = index.begin(); entry != index.end();) {
+        entry = entry->second.empty() ? index.erase(entry) : std::next(entry);
+    }
+}
+
+// Documents use one prefix for long runs of names, so the last answer is kept until a
+// declaration comes or goes. A stack sharing scopes cannot see that happen, so it keeps none.
 const QzCString& QzXmlNamespaceStack::getURIForPrefix(const QzCString& prefix) const {
-    return lookUp(prefix, byPrefix_, &QzXmlNamespace::getPrefix, &QzXmlNamespace::getURI);
+    if (lastPrefixValid_ && !shared_ && prefix == lastPrefix_) return *lastURI_;
+    const QzCString& uri =
+        lookUp(prefix, byPrefix_, &QzXmlNamespace::getPrefix, &QzXmlNamespace::getURI);
+    lastPrefix_.assign(prefix);
+    lastURI_ = &uri;
+    lastPrefixValid_ = true;
+    return uri;
 }
 
 const QzCString& QzXmlNamespaceStack::getPrefixForURI(const QzCString& uri) const {
@@ -89,7 +130,7 @@ const QzCString& QzXmlNamespaceStack::lookUp(const QzCString& key, const Index& 
         // A document without declarations never pays for hashing.
         if (index.empty()) return QzXmlAttributeSet::EmptyString;
         const auto found = index.find(key.std());
-        if (found == index.end()) return QzXmlAttributeSet::EmptyString;
+        if (found == index.end() || found->second.empty()) return QzXmlAttributeSet::EmptyString;
         const Binding& binding = found->second.back();
         return ((*scopes_[binding.scope])[binding.position].*answerOf)();
     }

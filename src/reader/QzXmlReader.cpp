@@ -691,15 +691,16 @@ void QzXmlReader::declareNamespace(const StagedAttribute& attribute) {
     const char* value =
         attribute.value ? chars(attribute.value) : expandedValues_.data() + attribute.valueStart;
     if (attribute.localStart == 0) {
-        if (isXmlns(name, attribute.nameLength)) {
-            namespaceStack_.addNamespace(QzXmlNamespace(QzXmlAttributeSet::EmptyString,
-                                                        QzCString(value, attribute.valueLength)));
-        }
+        if (!isXmlns(name, attribute.nameLength)) return;
+        setBytes(declaration_.prefix_, name, 0);
     } else if (isXmlns(name, attribute.localStart - 1)) {
-        namespaceStack_.addNamespace(QzXmlNamespace(
-            QzCString(name + attribute.localStart, attribute.nameLength - attribute.localStart),
-            QzCString(value, attribute.valueLength)));
+        setBytes(declaration_.prefix_, name + attribute.localStart,
+                 attribute.nameLength - attribute.localStart);
+    } else {
+        return;
     }
+    setBytes(declaration_.uri_, value, attribute.valueLength);
+    namespaceStack_.addNamespace(declaration_);
 }
 
 // Files the staged attributes as one-by-one adds to the set would, in n log n: sorted by name,
