@@ -1,11 +1,13 @@
 #ifndef QZCATMSG_H
 #define QZCATMSG_H
 
+#include "QzXmlExport.h"
+
 #include <cstdint>
 
 /// A static message-catalog record: catalog (domain) name, message identifier and the
 /// default text used when no translation is found. Records are constant-initialised globals.
-struct QzCatMsg {
+struct QZXML_API QzCatMsg {
     const char* catalog;
     std::int32_t id;
     const char* defaultText;

@@ -1,9 +1,11 @@
 #ifndef QZDATE_H
 #define QZDATE_H
 
+#include "QzXmlExport.h"
+
 /// A calendar date in the proleptic Gregorian calendar. The fields are kept exactly as
 /// given, so an impossible date can be built and tested with isValid().
-class QzDate {
+class QZXML_API QzDate {
 public:
     /// The date day/month/year; nothing is checked or normalised.
     QzDate(unsigned day, unsigned month, unsigned year) noexcept

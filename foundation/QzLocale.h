@@ -1,10 +1,12 @@
 #ifndef QZLOCALE_H
 #define QZLOCALE_H
 
+#include "QzXmlExport.h"
+
 #include <locale.h>
 
 /// An abstract locale: it supplies the POSIX locale that date and time formatting uses.
-class QzLocale {
+class QZXML_API QzLocale {
 public:
     virtual ~QzLocale();
 

@@ -1,6 +1,8 @@
 #ifndef QZTPOINTER_H
 #define QZTPOINTER_H
 
+#include "QzXmlExport.h"
+
 #include <utility>
 
 #include "QzInvalidPointerErr.h"
@@ -10,7 +12,7 @@
 /// A counted handle to a body T derived from QzBodyBase. Copies share the body; the last
 /// handle to let go destroys it. Dereferencing an empty handle throws QzInvalidPointerErr.
 template <class T>
-class QzTPointer {
+class QZXML_API QzTPointer {
 public:
     /// The empty handle.
     QzTPointer() noexcept = default;

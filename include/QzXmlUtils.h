@@ -1,6 +1,8 @@
 #ifndef QZXMLUTILS_H
 #define QZXMLUTILS_H
 
+#include "QzXmlExport.h"
+
 #include <cstdint>
 
 #include "QzCString.h"
@@ -13,7 +15,7 @@ class QzXmlReader;
 
 /// Static string and numeric constants, ISO 8601 conversions, name and text helpers and
 /// character-set conversion. The class has no instances.
-class QzXmlUtils {
+class QZXML_API QzXmlUtils {
 public:
     QzXmlUtils() = delete;
 
