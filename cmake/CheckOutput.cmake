@@ -1,5 +1,5 @@
-# Runs PROGRAM (with the ;-separated ARGS, in WORKING_DIRECTORY if given) and fails unless it
-# exits with 0 and its standard output is exactly the expected text: the file EXPECTED, or the
+# Runs PROGRAM (with the |-separated ARGS, in WORKING_DIRECTORY if given) and fails unless it
+# exits with STATUS (0 if not given) and its standard output is exactly the expected text: the file EXPECTED, or the
 # fenced block that follows the line "<!-- output: NAME -->" in the Markdown file GUIDE.
 # With GUIDE, the fenced block after "<!-- snippet: NAME -->" must also be exactly the file
 # SOURCE, so that what the guide shows is what was compiled and run. With UPDATE=ON the two
@@ -52,13 +52,17 @@ function(require_same what expected actual)
     endif()
 endfunction()
 
+string(REPLACE "|" ";" ARGS "${ARGS}")
 if(NOT WORKING_DIRECTORY)
     set(WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
 endif()
 execute_process(COMMAND ${PROGRAM} ${ARGS} WORKING_DIRECTORY ${WORKING_DIRECTORY}
     OUTPUT_VARIABLE actual RESULT_VARIABLE status)
-if(NOT status EQUAL 0)
-    message(FATAL_ERROR "${PROGRAM} exited with ${status}")
+if(NOT STATUS)
+    set(STATUS 0)
+endif()
+if(NOT status EQUAL STATUS)
+    message(FATAL_ERROR "${PROGRAM} exited with ${status}, not ${STATUS}")
 endif()
 
 if(GUIDE)
