@@ -1,6 +1,9 @@
 #ifndef QZBOUNDSERR_H
 #define QZBOUNDSERR_H
 
+/// @file
+/// QzBoundsErr and the function that throws it.
+
 #include "QzXmlExport.h"
 
 #include <cstddef>

@@ -1,19 +1,25 @@
 #ifndef QZCSTRING_H
 #define QZCSTRING_H
 
+/// @file
+/// QzCString, its operators and the byte-string helpers it is built on.
+
 #include "QzXmlExport.h"
 
 #include <cstddef>
 #include <iosfwd>
 #include <string>
 
+/// The size and position type of the byte strings.
 using QzSize_T = std::size_t;
 
 /// A byte string with value semantics over one std::string. It may hold any byte, 0x00
 /// included; its length is the byte count. Indexing is bounds-checked (QzBoundsErr).
 class QZXML_API QzCString {
 public:
+    /// How compareTo compares letters: exactly, or with case folded.
     enum caseCompare { exact, ignoreCase };
+    /// Which ends a strip operation works on (a bit set: leading 1, trailing 2).
     enum stripType { leading = 1, trailing = 2, both = 3 };
 
     /// The "not found" position returned by the find operations.

@@ -1,6 +1,9 @@
 #ifndef QZDATE_H
 #define QZDATE_H
 
+/// @file
+/// QzDate and its comparison operators.
+
 #include "QzXmlExport.h"
 
 /// A calendar date in the proleptic Gregorian calendar. The fields are kept exactly as
@@ -31,6 +34,7 @@ private:
 inline bool operator==(const QzDate& a, const QzDate& b) noexcept {
     return a.dayOfMonth() == b.dayOfMonth() && a.month() == b.month() && a.year() == b.year();
 }
+/// The negation of ==.
 inline bool operator!=(const QzDate& a, const QzDate& b) noexcept {
     return !(a == b);
 }

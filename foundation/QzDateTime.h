@@ -1,6 +1,9 @@
 #ifndef QZDATETIME_H
 #define QZDATETIME_H
 
+/// @file
+/// QzDateTime and its comparison operators.
+
 #include "QzXmlExport.h"
 
 #include <cstdint>

@@ -14,8 +14,11 @@ public:
     virtual locale_t posixLocale() const noexcept = 0;
 
 protected:
+    /// Only subclasses are built.
     QzLocale() = default;
+    /// Copies are made by subclasses.
     QzLocale(const QzLocale&) = default;
+    /// Assigned by subclasses.
     QzLocale& operator=(const QzLocale&) = default;
 };
 

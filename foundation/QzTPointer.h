@@ -19,8 +19,11 @@ public:
     /// Takes a reference to body (which may be null); a body with no references yet is
     /// thereby owned by the handles.
     explicit QzTPointer(T* body) : body_(body) { acquire(); }
+    /// Another handle to the body of other.
     QzTPointer(const QzTPointer& other) : body_(other.body_) { acquire(); }
+    /// Takes over the body of other, which becomes empty.
     QzTPointer(QzTPointer&& other) noexcept : body_(std::exchange(other.body_, nullptr)) {}
+    /// Refers to the body of other, letting go of the current one.
     QzTPointer& operator=(QzTPointer other) noexcept {
         std::swap(body_, other.body_);
         return *this;

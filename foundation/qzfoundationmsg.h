@@ -1,6 +1,9 @@
 #ifndef QZFOUNDATIONMSG_H
 #define QZFOUNDATIONMSG_H
 
+/// @file
+/// The foundation's message catalog records.
+
 #include "QzXmlExport.h"
 
 #include "QzCatMsg.h"

@@ -20,7 +20,8 @@
 /// lookups then search an order that may no longer match the names.
 class QZXML_API QzXmlAttributeSet {
 public:
-    using iterator = std::vector<QzXmlAttribute>::iterator;
+    using iterator = std::vector<QzXmlAttribute>::iterator;  ///< walks the set in order
+    /// Walks the set in order, read-only.
     using const_iterator = std::vector<QzXmlAttribute>::const_iterator;
 
     /// The shared empty string that failed lookups return by reference.

@@ -1,6 +1,9 @@
 #ifndef QZXMLDURATION_H
 #define QZXMLDURATION_H
 
+/// @file
+/// QzXmlDuration and its comparison operators.
+
 #include "QzXmlExport.h"
 
 #include <cstdint>
@@ -16,11 +19,11 @@ public:
     /// The parser's states, in the order in which components must appear.
     enum ParseState { Start, Years, Months, Days, Hours, Minutes, Seconds };
 
-    static constexpr std::int32_t SecondsInDay = 86400;
-    static constexpr std::int32_t SecondsInHour = 3600;
-    static constexpr std::int32_t SecondsInMinute = 60;
-    static constexpr std::int32_t DaysInYear = 365;
-    static constexpr double DaysInMonth = 30.42;
+    static constexpr std::int32_t SecondsInDay = 86400;  ///< seconds in a day
+    static constexpr std::int32_t SecondsInHour = 3600;  ///< seconds in an hour
+    static constexpr std::int32_t SecondsInMinute = 60;  ///< seconds in a minute
+    static constexpr std::int32_t DaysInYear = 365;      ///< days in a year, for compareTo
+    static constexpr double DaysInMonth = 30.42;         ///< days in a month, for compareTo
 
     /// The valid zero duration.
     QzXmlDuration() noexcept;

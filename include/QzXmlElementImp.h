@@ -13,8 +13,8 @@
 /// operations are virtual so that applications may derive from it.
 class QZXML_API QzXmlElementImp {
 public:
-    using iterator = QzXmlAttributeSet::iterator;
-    using const_iterator = QzXmlAttributeSet::const_iterator;
+    using iterator = QzXmlAttributeSet::iterator;              ///< a position in the attributes
+    using const_iterator = QzXmlAttributeSet::const_iterator;  ///< the same, read-only
 
     /// Empty name, no attributes.
     QzXmlElementImp() = default;

@@ -1,6 +1,9 @@
 #ifndef QZXMLNAME_H
 #define QZXMLNAME_H
 
+/// @file
+/// QzXmlName and its comparison operators.
+
 #include "QzXmlExport.h"
 
 #include "QzCString.h"

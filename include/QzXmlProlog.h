@@ -1,6 +1,9 @@
 #ifndef QZXMLPROLOG_H
 #define QZXMLPROLOG_H
 
+/// @file
+/// QzXmlProlog and its comparison operators.
+
 #include "QzXmlExport.h"
 
 #include "QzCString.h"

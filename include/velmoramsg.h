@@ -1,6 +1,9 @@
 #ifndef VELMORAMSG_H
 #define VELMORAMSG_H
 
+/// @file
+/// The library's message catalog "velmora_": three records and their accessors.
+
 #include "QzXmlExport.h"
 
 #include "QzCatMsg.h"
