@@ -1,11 +1,13 @@
 #ifndef QZBASICUSTRING_H
 #define QZBASICUSTRING_H
 
+#include "QzXmlExport.h"
+
 #include <cstddef>
 #include <string>
 
 /// A UTF-16 string: a sequence of 16-bit code units held in counted storage.
-class QzBasicUString {
+class QZXML_API QzBasicUString {
 public:
     /// The storage, which counts its code units.
     class Counter {

@@ -1,11 +1,13 @@
 #ifndef QZBODYBASE_H
 #define QZBODYBASE_H
 
+#include "QzXmlExport.h"
+
 #include <mutex>
 
 /// Base of the bodies that counted handles (QzTPointer) share: a reference count guarded
 /// by a mutex. A new body has no references.
-class QzBodyBase {
+class QZXML_API QzBodyBase {
 public:
     virtual ~QzBodyBase();
     QzBodyBase(const QzBodyBase&) = delete;

@@ -1,12 +1,17 @@
 #ifndef QZBOUNDSERR_H
 #define QZBOUNDSERR_H
 
+/// @file
+/// QzBoundsErr and the function that throws it.
+
+#include "QzXmlExport.h"
+
 #include <cstddef>
 
 #include "Qzxmsg.h"
 
 /// An index at or past the end of a sequence.
-class QzBoundsErr : public Qzxmsg {
+class QZXML_API QzBoundsErr : public Qzxmsg {
 public:
     using Qzxmsg::Qzxmsg;
     ~QzBoundsErr() override;
@@ -14,6 +19,6 @@ public:
 };
 
 /// Throws a QzBoundsErr naming the bad index and the length.
-[[noreturn]] void throwBoundsErr(std::size_t index, std::size_t length);
+[[noreturn]] QZXML_API void throwBoundsErr(std::size_t index, std::size_t length);
 
 #endif

@@ -1,17 +1,25 @@
 #ifndef QZCSTRING_H
 #define QZCSTRING_H
 
+/// @file
+/// QzCString, its operators and the byte-string helpers it is built on.
+
+#include "QzXmlExport.h"
+
 #include <cstddef>
 #include <iosfwd>
 #include <string>
 
+/// The size and position type of the byte strings.
 using QzSize_T = std::size_t;
 
 /// A byte string with value semantics over one std::string. It may hold any byte, 0x00
 /// included; its length is the byte count. Indexing is bounds-checked (QzBoundsErr).
-class QzCString {
+class QZXML_API QzCString {
 public:
+    /// How compareTo compares letters: exactly, or with case folded.
     enum caseCompare { exact, ignoreCase };
+    /// Which ends a strip operation works on (a bit set: leading 1, trailing 2).
     enum stripType { leading = 1, trailing = 2, both = 3 };
 
     /// The "not found" position returned by the find operations.
@@ -123,17 +131,18 @@ inline bool operator<(const QzCString& a, const QzCString& b) noexcept {
     return a.std() < b.std();
 }
 /// Concatenation.
-QzCString operator+(const QzCString& a, const QzCString& b);
+QZXML_API QzCString operator+(const QzCString& a, const QzCString& b);
 /// Writes the bytes unchanged.
-std::ostream& operator<<(std::ostream& out, const QzCString& s);
+QZXML_API std::ostream& operator<<(std::ostream& out, const QzCString& s);
 
 /// First position at or after start whose byte is one of the setlen bytes of set;
 /// npos when either string is empty, start is past the end, or nothing matches.
-QzSize_T qzCStrFindFirstOf(const char* s, QzSize_T slen, const char* set, QzSize_T setlen,
-                           QzSize_T start);
+QZXML_API QzSize_T qzCStrFindFirstOf(const char* s, QzSize_T slen, const char* set, QzSize_T setlen,
+                                     QzSize_T start);
 
 /// Case-insensitive compare that folds two bytes only when both are letters (isalpha);
 /// negative, 0 or positive, with a shorter equal prefix sorting first.
-int qzCStrCompareIgnoreCaseStrict(const char* a, QzSize_T alen, const char* b, QzSize_T blen);
+QZXML_API int qzCStrCompareIgnoreCaseStrict(const char* a, QzSize_T alen, const char* b,
+                                            QzSize_T blen);
 
 #endif

@@ -1,11 +1,13 @@
 #ifndef QZCTOKENIZER_H
 #define QZCTOKENIZER_H
 
+#include "QzXmlExport.h"
+
 #include "QzCString.h"
 
 /// Splits a byte string into tokens: runs of bytes that hold none of the delimiters.
 /// Callers loop until the empty token.
-class QzCTokenizer {
+class QZXML_API QzCTokenizer {
 public:
     /// A tokenizer over a copy of text, positioned at its start.
     explicit QzCTokenizer(const QzCString& text) : text_(text) {}

@@ -1,9 +1,14 @@
 #ifndef QZDATE_H
 #define QZDATE_H
 
+/// @file
+/// QzDate and its comparison operators.
+
+#include "QzXmlExport.h"
+
 /// A calendar date in the proleptic Gregorian calendar. The fields are kept exactly as
 /// given, so an impossible date can be built and tested with isValid().
-class QzDate {
+class QZXML_API QzDate {
 public:
     /// The date day/month/year; nothing is checked or normalised.
     QzDate(unsigned day, unsigned month, unsigned year) noexcept
@@ -29,6 +34,7 @@ private:
 inline bool operator==(const QzDate& a, const QzDate& b) noexcept {
     return a.dayOfMonth() == b.dayOfMonth() && a.month() == b.month() && a.year() == b.year();
 }
+/// The negation of ==.
 inline bool operator!=(const QzDate& a, const QzDate& b) noexcept {
     return !(a == b);
 }

@@ -1,6 +1,11 @@
 #ifndef QZDATETIME_H
 #define QZDATETIME_H
 
+/// @file
+/// QzDateTime and its comparison operators.
+
+#include "QzXmlExport.h"
+
 #include <cstdint>
 
 #include "QzCString.h"
@@ -13,7 +18,7 @@ class QzZone;
 /// 9999-12-31T23:59:59.999Z in the proleptic Gregorian calendar, or the invalid value.
 /// Calendar fields are read and written as the wall clock of a given zone (which, within a
 /// day of those ends, may read year 10000, or year -1 wrapped to an unsigned value).
-class QzDateTime {
+class QZXML_API QzDateTime {
 public:
     /// Predefined textual forms.
     enum Format {

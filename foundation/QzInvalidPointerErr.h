@@ -1,10 +1,12 @@
 #ifndef QZINVALIDPOINTERERR_H
 #define QZINVALIDPOINTERERR_H
 
+#include "QzXmlExport.h"
+
 #include "Qzxmsg.h"
 
 /// Raised when an empty counted handle is dereferenced.
-class QzInvalidPointerErr : public Qzxmsg {
+class QZXML_API QzInvalidPointerErr : public Qzxmsg {
 public:
     using Qzxmsg::Qzxmsg;
     ~QzInvalidPointerErr() override;

@@ -1,13 +1,15 @@
 #ifndef QZMESSAGE_H
 #define QZMESSAGE_H
 
+#include "QzXmlExport.h"
+
 #include <string>
 
 #include "QzCatMsg.h"
 
 /// A formatted, localisable message: a catalog record's text formatted printf-style with
 /// the arguments. No translations are installed, so the record's default text is used.
-class QzMessage {
+class QZXML_API QzMessage {
 public:
     /// Formats msg's text with the printf-style arguments that follow.
     explicit QzMessage(const QzCatMsg* msg, ...);

@@ -1,11 +1,13 @@
 #ifndef QZTFUNCTOR_H
 #define QZTFUNCTOR_H
 
+#include "QzXmlExport.h"
+
 #include "QzTFunctorImpBase0.h"
 #include "QzTPointer.h"
 
 /// A counted handle to a callable body; copies share the body.
-class QzTFunctor : public QzTPointer<QzTFunctorImpBase0> {
+class QZXML_API QzTFunctor : public QzTPointer<QzTFunctorImpBase0> {
 public:
     /// The empty functor; calling it throws QzInvalidPointerErr.
     QzTFunctor() noexcept = default;

@@ -1,6 +1,8 @@
 #ifndef QZTPOINTER_H
 #define QZTPOINTER_H
 
+#include "QzXmlExport.h"
+
 #include <utility>
 
 #include "QzInvalidPointerErr.h"
@@ -10,15 +12,18 @@
 /// A counted handle to a body T derived from QzBodyBase. Copies share the body; the last
 /// handle to let go destroys it. Dereferencing an empty handle throws QzInvalidPointerErr.
 template <class T>
-class QzTPointer {
+class QZXML_API QzTPointer {
 public:
     /// The empty handle.
     QzTPointer() noexcept = default;
     /// Takes a reference to body (which may be null); a body with no references yet is
     /// thereby owned by the handles.
     explicit QzTPointer(T* body) : body_(body) { acquire(); }
+    /// Another handle to the body of other.
     QzTPointer(const QzTPointer& other) : body_(other.body_) { acquire(); }
+    /// Takes over the body of other, which becomes empty.
     QzTPointer(QzTPointer&& other) noexcept : body_(std::exchange(other.body_, nullptr)) {}
+    /// Refers to the body of other, letting go of the current one.
     QzTPointer& operator=(QzTPointer other) noexcept {
         std::swap(body_, other.body_);
         return *this;

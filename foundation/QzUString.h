@@ -1,6 +1,8 @@
 #ifndef QZUSTRING_H
 #define QZUSTRING_H
 
+#include "QzXmlExport.h"
+
 #include "QzBasicUString.h"
 #include "QzCString.h"
 
@@ -8,7 +10,7 @@ class QzUToUnicodeConverter;
 class QzUFromUnicodeConverter;
 
 /// A UTF-16 string that can be decoded from and encoded to byte encodings through ICU.
-class QzUString : public QzBasicUString {
+class QZXML_API QzUString : public QzBasicUString {
 public:
     QzUString() = default;
     /// Decodes bytes with the converter; throws Qzxmsg on an illegal or unmappable sequence.

@@ -1,10 +1,12 @@
 #ifndef QZUTOUNICODECONVERTER_H
 #define QZUTOUNICODECONVERTER_H
 
+#include "QzXmlExport.h"
+
 #include "QzUConverterBase.h"
 
 /// Converter from a named byte encoding into UTF-16.
-class QzUToUnicodeConverter : public QzUConverterBase {
+class QZXML_API QzUToUnicodeConverter : public QzUConverterBase {
 public:
     /// Opens encodingName for decoding; throws Qzxmsg when ICU does not know it.
     explicit QzUToUnicodeConverter(const char* encodingName);

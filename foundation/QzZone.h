@@ -1,12 +1,14 @@
 #ifndef QZZONE_H
 #define QZZONE_H
 
+#include "QzXmlExport.h"
+
 #include <cstdint>
 
 /// A time-zone rule: how wall-clock time in the zone relates to UTC. There are exactly two
 /// zones, UTC and the process's local zone; both are process-wide and have identity, so
 /// zones are passed by reference and never copied.
-class QzZone {
+class QZXML_API QzZone {
 public:
     /// What the zone applies at one instant.
     struct Offset {

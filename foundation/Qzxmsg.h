@@ -1,13 +1,15 @@
 #ifndef QZXMSG_H
 #define QZXMSG_H
 
+#include "QzXmlExport.h"
+
 #include <string>
 
 class QzMessage;
 
 /// The root of the foundation's exceptions: carries one message text. It is deliberately
 /// not a std::exception, so that classes may add a standard base of their own.
-class Qzxmsg {
+class QZXML_API Qzxmsg {
 public:
     /// A copy of the NUL-terminated message.
     explicit Qzxmsg(const char* msg) : msg_(msg != nullptr ? msg : "") {}

@@ -1,12 +1,14 @@
 #ifndef QZXMLATTRIBUTE_H
 #define QZXMLATTRIBUTE_H
 
+#include "QzXmlExport.h"
+
 #include "QzCString.h"
 #include "QzXmlName.h"
 #include "QzXmlNamespace.h"
 
 /// One attribute: a name and its (unescaped) value.
-class QzXmlAttribute {
+class QZXML_API QzXmlAttribute {
 public:
     /// Empty name and value.
     QzXmlAttribute() = default;

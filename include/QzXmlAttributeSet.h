@@ -1,6 +1,8 @@
 #ifndef QZXMLATTRIBUTESET_H
 #define QZXMLATTRIBUTESET_H
 
+#include "QzXmlExport.h"
+
 #include <vector>
 
 #include "QzCString.h"
@@ -16,9 +18,10 @@
 /// Iterators give modifiable attributes. A caller that renames attributes through them (the
 /// reader does, resolving prefixes) keeps the old order: the set is not re-sorted, and name
 /// lookups then search an order that may no longer match the names.
-class QzXmlAttributeSet {
+class QZXML_API QzXmlAttributeSet {
 public:
-    using iterator = std::vector<QzXmlAttribute>::iterator;
+    using iterator = std::vector<QzXmlAttribute>::iterator;  ///< walks the set in order
+    /// Walks the set in order, read-only.
     using const_iterator = std::vector<QzXmlAttribute>::const_iterator;
 
     /// The shared empty string that failed lookups return by reference.

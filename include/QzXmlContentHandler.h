@@ -1,6 +1,8 @@
 #ifndef QZXMLCONTENTHANDLER_H
 #define QZXMLCONTENTHANDLER_H
 
+#include "QzXmlExport.h"
+
 #include "QzCString.h"
 #include "QzXmlAttributeSet.h"
 #include "QzXmlName.h"
@@ -8,7 +10,7 @@
 
 /// Receives the events of QzXmlSAXParser. The references passed in are valid only during the
 /// call; exceptions thrown here propagate out of parse unchanged.
-class QzXmlContentHandler {
+class QZXML_API QzXmlContentHandler {
 public:
     /// A start tag (or an empty-element tag, followed at once by endElement).
     virtual void startElement(const QzXmlName& name, const QzXmlAttributeSet& attributes) = 0;

@@ -1,6 +1,11 @@
 #ifndef QZXMLDURATION_H
 #define QZXMLDURATION_H
 
+/// @file
+/// QzXmlDuration and its comparison operators.
+
+#include "QzXmlExport.h"
+
 #include <cstdint>
 
 #include "QzCString.h"
@@ -9,16 +14,16 @@
 /// An XML Schema duration, PnYnMnDTnHnMnS with an optional leading "-". The components are
 /// kept as written, never normalised (90 minutes stay 90 minutes); the sign is a separate
 /// flag. Parsing never throws: text that breaks a rule clears the validity flag.
-class QzXmlDuration {
+class QZXML_API QzXmlDuration {
 public:
     /// The parser's states, in the order in which components must appear.
     enum ParseState { Start, Years, Months, Days, Hours, Minutes, Seconds };
 
-    static constexpr std::int32_t SecondsInDay = 86400;
-    static constexpr std::int32_t SecondsInHour = 3600;
-    static constexpr std::int32_t SecondsInMinute = 60;
-    static constexpr std::int32_t DaysInYear = 365;
-    static constexpr double DaysInMonth = 30.42;
+    static constexpr std::int32_t SecondsInDay = 86400;  ///< seconds in a day
+    static constexpr std::int32_t SecondsInHour = 3600;  ///< seconds in an hour
+    static constexpr std::int32_t SecondsInMinute = 60;  ///< seconds in a minute
+    static constexpr std::int32_t DaysInYear = 365;      ///< days in a year, for compareTo
+    static constexpr double DaysInMonth = 30.42;         ///< days in a month, for compareTo
 
     /// The valid zero duration.
     QzXmlDuration() noexcept;
@@ -91,12 +96,12 @@ private:
 };
 
 /// Member-wise equality (so P1D differs from PT24H), seconds compared as doubles.
-bool operator==(const QzXmlDuration& a, const QzXmlDuration& b) noexcept;
+QZXML_API bool operator==(const QzXmlDuration& a, const QzXmlDuration& b) noexcept;
 /// The negation of ==.
-bool operator!=(const QzXmlDuration& a, const QzXmlDuration& b) noexcept;
+QZXML_API bool operator!=(const QzXmlDuration& a, const QzXmlDuration& b) noexcept;
 /// XML Schema's partial order: a + t is earlier than b + t for each of the reference
 /// date-times 1696-09-01, 1697-02-01, 1903-03-01 and 1903-07-01 (UTC). False both ways where
 /// the order is indeterminate, as for P1M and P30D.
-bool operator<(const QzXmlDuration& a, const QzXmlDuration& b);
+QZXML_API bool operator<(const QzXmlDuration& a, const QzXmlDuration& b);
 
 #endif

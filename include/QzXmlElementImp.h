@@ -1,6 +1,8 @@
 #ifndef QZXMLELEMENTIMP_H
 #define QZXMLELEMENTIMP_H
 
+#include "QzXmlExport.h"
+
 #include "QzCString.h"
 #include "QzXmlAttribute.h"
 #include "QzXmlAttributeSet.h"
@@ -9,10 +11,10 @@
 
 /// An element: its name and its attribute set, namespace declarations included. The
 /// operations are virtual so that applications may derive from it.
-class QzXmlElementImp {
+class QZXML_API QzXmlElementImp {
 public:
-    using iterator = QzXmlAttributeSet::iterator;
-    using const_iterator = QzXmlAttributeSet::const_iterator;
+    using iterator = QzXmlAttributeSet::iterator;              ///< a position in the attributes
+    using const_iterator = QzXmlAttributeSet::const_iterator;  ///< the same, read-only
 
     /// Empty name, no attributes.
     QzXmlElementImp() = default;

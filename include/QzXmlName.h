@@ -1,12 +1,17 @@
 #ifndef QZXMLNAME_H
 #define QZXMLNAME_H
 
+/// @file
+/// QzXmlName and its comparison operators.
+
+#include "QzXmlExport.h"
+
 #include "QzCString.h"
 #include "QzXmlNamespace.h"
 
 /// A local name in a namespace. Names are equal and ordered by local name and URI only;
 /// the prefix is how the name was written and takes no part in comparisons.
-class QzXmlName {
+class QZXML_API QzXmlName {
 public:
     /// Everything empty.
     QzXmlName() = default;
@@ -50,10 +55,10 @@ private:
 };
 
 /// Equal local names and equal URIs; prefixes are ignored.
-bool operator==(const QzXmlName& a, const QzXmlName& b);
+QZXML_API bool operator==(const QzXmlName& a, const QzXmlName& b);
 /// The negation of ==.
-bool operator!=(const QzXmlName& a, const QzXmlName& b);
+QZXML_API bool operator!=(const QzXmlName& a, const QzXmlName& b);
 /// a.compareTo(b) < 0.
-bool operator<(const QzXmlName& a, const QzXmlName& b);
+QZXML_API bool operator<(const QzXmlName& a, const QzXmlName& b);
 
 #endif

@@ -1,10 +1,12 @@
 #ifndef QZXMLNAMESPACE_H
 #define QZXMLNAMESPACE_H
 
+#include "QzXmlExport.h"
+
 #include "QzCString.h"
 
 /// A namespace prefix with the namespace URI it stands for; either may be empty.
-class QzXmlNamespace {
+class QZXML_API QzXmlNamespace {
 public:
     /// Empty prefix and empty URI.
     QzXmlNamespace() = default;

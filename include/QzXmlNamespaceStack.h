@@ -1,6 +1,8 @@
 #ifndef QZXMLNAMESPACESTACK_H
 #define QZXMLNAMESPACESTACK_H
 
+#include "QzXmlExport.h"
+
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -15,7 +17,7 @@
 /// Copies share scopes: a copy refers to the very scopes its source held, so a namespace added
 /// to such a scope through either stack is seen through both. A shared scope lives as long as
 /// any stack refers to it; scopes pushed later belong to the stack that pushed them.
-class QzXmlNamespaceStack {
+class QZXML_API QzXmlNamespaceStack {
 public:
     /// No scope open.
     QzXmlNamespaceStack() = default;

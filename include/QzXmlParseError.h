@@ -1,12 +1,14 @@
 #ifndef QZXMLPARSEERROR_H
 #define QZXMLPARSEERROR_H
 
+#include "QzXmlExport.h"
+
 #include <cstdint>
 
 #include "QzXmlDomainError.h"
 
 /// Malformed XML, with the line and column (both from 1) at which the reader found it.
-class QzXmlParseError : public QzXmlDomainError {
+class QZXML_API QzXmlParseError : public QzXmlDomainError {
 public:
     /// An error with message msg, the thrower's context text and the position found.
     explicit QzXmlParseError(const QzCString& msg, const QzCString& context, std::uint64_t line,

@@ -1,12 +1,17 @@
 #ifndef QZXMLPROLOG_H
 #define QZXMLPROLOG_H
 
+/// @file
+/// QzXmlProlog and its comparison operators.
+
+#include "QzXmlExport.h"
+
 #include "QzCString.h"
 
 /// What an XML declaration says: version, encoding and standalone, with flags telling which
 /// optional parts are present. The fields are independent: a value is kept while its flag is
 /// false, and each setter changes its own field only.
-class QzXmlProlog {
+class QZXML_API QzXmlProlog {
 public:
     /// Version "1.0", empty encoding, all flags false.
     QzXmlProlog();
@@ -50,8 +55,8 @@ private:
 };
 
 /// True when all five fields are equal as stored, so prologs that print alike may differ.
-bool operator==(const QzXmlProlog& a, const QzXmlProlog& b);
+QZXML_API bool operator==(const QzXmlProlog& a, const QzXmlProlog& b);
 /// The negation of ==.
-bool operator!=(const QzXmlProlog& a, const QzXmlProlog& b);
+QZXML_API bool operator!=(const QzXmlProlog& a, const QzXmlProlog& b);
 
 #endif

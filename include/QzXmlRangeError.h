@@ -1,12 +1,14 @@
 #ifndef QZXMLRANGEERROR_H
 #define QZXMLRANGEERROR_H
 
+#include "QzXmlExport.h"
+
 #include <stdexcept>
 
 #include "QzXmlError.h"
 
 /// A result that cannot be represented.
-class QzXmlRangeError : public QzXmlError, public std::range_error {
+class QZXML_API QzXmlRangeError : public QzXmlError, public std::range_error {
 public:
     /// An error whose message (why() and what()) is the bytes of msg up to the first NUL.
     explicit QzXmlRangeError(const QzCString& msg);

@@ -1,6 +1,8 @@
 #ifndef QZXMLREADER_H
 #define QZXMLREADER_H
 
+#include "QzXmlExport.h"
+
 #include <cstdint>
 #include <iosfwd>
 #include <vector>
@@ -17,7 +19,7 @@
 /// walks the document with readNextNode or the element operations. Every syntax error throws
 /// QzXmlParseError with the line and column reached (columns count bytes of the UTF-8 text).
 /// A reader is used by one thread at a time and is not copyable.
-class QzXmlReader {
+class QZXML_API QzXmlReader {
 public:
     /// Kind of the current node.
     enum NodeType { StartTag = 0, EndTag = 1, EmptyElement = 2, Content = 3, NoNode = 4 };

@@ -1,13 +1,15 @@
 #ifndef QZXMLSAXPARSER_H
 #define QZXMLSAXPARSER_H
 
+#include "QzXmlExport.h"
+
 #include "QzCString.h"
 
 class QzXmlContentHandler;
 
 /// Event parser: reads a whole document with a QzXmlReader and reports its declaration,
 /// tags and text to a QzXmlContentHandler in document order.
-class QzXmlSAXParser {
+class QZXML_API QzXmlSAXParser {
 public:
     /// No handler; references in attribute values are expanded.
     QzXmlSAXParser() = default;

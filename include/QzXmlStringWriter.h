@@ -1,6 +1,8 @@
 #ifndef QZXMLSTRINGWRITER_H
 #define QZXMLSTRINGWRITER_H
 
+#include "QzXmlExport.h"
+
 #include <memory>
 
 #include "QzCString.h"
@@ -8,7 +10,7 @@
 
 /// A writer that collects its output in memory, in a buffer that at least doubles whenever
 /// it grows (to no less than 4096 bytes).
-class QzXmlStringWriter : public QzXmlWriter {
+class QZXML_API QzXmlStringWriter : public QzXmlWriter {
 public:
     /// An empty output with a buffer of exactly initialCapacity bytes (none for 0).
     explicit QzXmlStringWriter(unsigned long initialCapacity = 0);

@@ -1,6 +1,8 @@
 #ifndef QZXMLUTILS_H
 #define QZXMLUTILS_H
 
+#include "QzXmlExport.h"
+
 #include <cstdint>
 
 #include "QzCString.h"
@@ -13,7 +15,7 @@ class QzXmlReader;
 
 /// Static string and numeric constants, ISO 8601 conversions, name and text helpers and
 /// character-set conversion. The class has no instances.
-class QzXmlUtils {
+class QZXML_API QzXmlUtils {
 public:
     QzXmlUtils() = delete;
 
@@ -34,9 +36,9 @@ public:
     static const QzCString ISO8601Date;    ///< "%Y-%m-%d"
     static const QzCString ISO8601Time;    ///< "%X"
 
-    static constexpr unsigned char TabUtf8 = 9;
-    static constexpr unsigned char NewlineUtf8 = 10;
-    static constexpr unsigned char BlankUtf8 = 32;
+    static constexpr unsigned char TabUtf8 = 9;             ///< tab in UTF-8
+    static constexpr unsigned char NewlineUtf8 = 10;        ///< line feed in UTF-8
+    static constexpr unsigned char BlankUtf8 = 32;          ///< space in UTF-8
     static constexpr std::uint64_t MinDateTimeLength = 19;  ///< as in 2001-02-03T04:05:06
     static constexpr std::uint64_t MinTimeLength = 8;       ///< as in 04:05:06
     static constexpr std::uint64_t MinDateLength = 10;      ///< as in 2001-02-03

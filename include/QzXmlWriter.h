@@ -1,6 +1,8 @@
 #ifndef QZXMLWRITER_H
 #define QZXMLWRITER_H
 
+#include "QzXmlExport.h"
+
 #include "QzCString.h"
 #include "QzXmlAttributeSet.h"
 #include "QzXmlName.h"
@@ -12,7 +14,7 @@
 /// the sink operations that a subclass implements. Namespaces are declared where they are
 /// first needed and stay in scope until the end tag of the element that declared them.
 /// Nothing is checked: unbalanced calls and invalid names are written as given.
-class QzXmlWriter {
+class QZXML_API QzXmlWriter {
 public:
     static const QzCString XmlNamespaceTag;   ///< "xmlns"
     static const QzCString Colon;             ///< ":"

@@ -32,8 +32,14 @@ struct Command {
     const char* name;
     const char* synopsis;
     const char* summary;
+    const char* details;  ///< what "qzxml COMMAND --help" adds to the summary
     int (*run)(const Args& args);
 };
+
+// How messages name an input: standard input has no file name of its own.
+std::string displayName(const std::string& path) {
+    return path == "-" ? "<stdin>" : path;
+}
 
 int fail(const std::string& command, const std::string& message) {
     std::cerr << "qzxml " << command << ": " << message << '\n';
@@ -52,6 +58,13 @@ bool readInput(const std::string& path, QzCString& bytes) {
     return !in.bad();
 }
 
+// Reads path (or standard input for "-") into bytes; says so on standard error when it cannot.
+bool load(const std::string& command, const std::string& path, QzCString& bytes) {
+    if (readInput(path, bytes)) return true;
+    fail(command, displayName(path) + ": cannot read");
+    return false;
+}
+
 int runConvert(const Args& args) {
     std::string from, to, path = "-";
     bool havePath = false;
@@ -68,11 +81,11 @@ int runConvert(const Args& args) {
     }
     if (from.empty() || to.empty()) return fail("convert", "--from and --to are required");
     QzCString data;
-    if (!readInput(path, data)) return fail("convert", path + ": cannot read");
+    if (!load("convert", path, data)) return kFailed;
     try {
         std::cout << QzXmlUtils::convertCharset(data, from.c_str(), to.c_str());
     } catch (const Qzxmsg& e) {
-        return fail("convert", path + ": " + e.why());
+        return fail("convert", displayName(path) + ": " + e.why());
     }
     return std::cout.flush() ? kOk : kFailed;
 }
@@ -87,7 +100,8 @@ int runDate(const Args& args) {
 
 // "FILE:LINE:COLUMN: message", the form editors and compilers use.
 void reportParseError(const std::string& path, const QzXmlParseError& e) {
-    std::cerr << path << ':' << e.getLine() << ':' << e.getColumn() << ": " << e.why() << '\n';
+    std::cerr << displayName(path) << ':' << e.getLine() << ':' << e.getColumn() << ": " << e.why()
+              << '\n';
 }
 
 // Where a text ends, as line and column (bytes) after its last byte.
@@ -110,15 +124,26 @@ bool parseDocument(const std::string& path, QzCString document, QzXmlContentHand
     } catch (const QzXmlParseError& e) {
         reportParseError(path, e);
     } catch (const Qzxmsg& e) {
-        std::cerr << path << ": " << e.why() << '\n';
+        std::cerr << displayName(path) << ": " << e.why() << '\n';
     }
+    return false;
+}
+
+// Whether a document is well-formed and complete; reports what is wrong with it otherwise.
+// The event parser accepts a document that ends inside an element; this does not.
+bool wellFormed(const std::string& path, const QzCString& document) {
+    OpenElements elements;
+    if (!parseDocument(path, document, &elements)) return false;
+    if (elements.open.empty()) return true;
+    std::cerr << displayName(path) << ':' << endPosition(document)
+              << ": document ends inside element " << elements.open.back() << '\n';
     return false;
 }
 
 int runEvents(const Args& args) {
     if (args.size() != 1) return fail("events", "expects one FILE or -");
     QzCString document;
-    if (!readInput(args[0], document)) return fail("events", args[0] + ": cannot read");
+    if (!load("events", args[0], document)) return kFailed;
     EventPrinter printer;
     const bool parsed = parseDocument(args[0], document, &printer);
     return std::cout.flush() && parsed ? kOk : kFailed;
@@ -127,7 +152,7 @@ int runEvents(const Args& args) {
 int runFormat(const Args& args) {
     if (args.size() != 1) return fail("format", "expects one FILE or -");
     QzCString document;
-    if (!readInput(args[0], document)) return fail("format", args[0] + ": cannot read");
+    if (!load("format", args[0], document) || !wellFormed(args[0], document)) return kFailed;
     Formatter formatter;
     if (!parseDocument(args[0], document, &formatter)) return kFailed;
     std::cout << formatter.finish();
@@ -139,19 +164,11 @@ int runCheck(const Args& args) {
     int status = kOk;
     for (const std::string& path : args) {
         QzCString document;
-        if (!readInput(path, document)) {
-            fail("check", path + ": cannot read");
+        if (!load("check", path, document)) {
             status = kFailed;
             continue;
         }
-        OpenElements elements;
-        if (!parseDocument(path, document, &elements)) {
-            status = std::max(status, kNo);
-        } else if (!elements.open.empty()) {
-            std::cerr << path << ':' << endPosition(document) << ": document ends inside element "
-                      << elements.open.back() << '\n';
-            status = std::max(status, kNo);
-        }
+        if (!wellFormed(path, document)) status = std::max(status, kNo);
     }
     return status;
 }
@@ -160,9 +177,10 @@ int runCompare(const Args& args) {
     if (args.size() != 2) return fail("compare", "expects two FILEs");
     QzCString documents[2];
     for (int i = 0; i < 2; ++i) {
-        if (!readInput(args[i], documents[i])) return fail("compare", args[i] + ": cannot read");
         // Checked one by one first, so that an error names the file it is in.
-        if (!parseDocument(args[i], documents[i], nullptr)) return kFailed;
+        if (!load("compare", args[i], documents[i]) || !wellFormed(args[i], documents[i])) {
+            return kFailed;
+        }
     }
     const bool same = QzXmlUtils::compareXml(documents[0], documents[1]);
     std::cout << (same ? "equivalent" : "different") << '\n';
@@ -203,35 +221,81 @@ int runHelp(const Args& args);
 const Command kCommands[] = {
     {"convert", "convert --from CHARSET --to CHARSET [FILE|-]",
      "convert bytes between character sets (ICU names); reads standard input without FILE",
+     "The bytes are converted as they are, without looking at any XML declaration.\n"
+     "Exit status: 0 on success, 2 when the input cannot be read or converted.\n",
      runConvert},
-    {"date", "date TEXT", "parse an ISO 8601 date or date-time and print it in UTC", runDate},
+    {"date", "date TEXT", "parse an ISO 8601 date or date-time and print it in UTC",
+     "Accepted: YYYY-MM-DD, optionally followed by Thh:mm:ss, a fraction of a second\n"
+     "('.' or ',') and Z or +hh:mm/-hh:mm; without a zone the time is taken as UTC.\n"
+     "Exit status: 0 on success, 2 when TEXT is not such a date.\n",
+     runDate},
     {"duration", "duration A [B]",
      "print an XML Schema duration's canonical form and validity; with B, also compareTo, "
      "== and < both ways",
+     "compareTo counts a month as 30.42 days; == compares component by component;\n"
+     "< is XML Schema's partial order, false both ways when the order is indeterminate.\n"
+     "Exit status: 0, also for an invalid duration; 2 on a usage error.\n",
      runDuration},
     {"events", "events FILE|-",
      "print one line per node: prolog, start (with attributes), end, text; names with their "
      "namespace URI in braces",
+     "A malformed document is reported as FILE:LINE:COLUMN: message after the events\n"
+     "read up to the error.\n"
+     "Exit status: 0 on success, 2 when the input cannot be read or is malformed.\n",
      runEvents},
     {"format", "format FILE|-",
      "write a document back indented by two spaces a level, escaped, namespaces declared "
      "where needed, in UTF-8",
+     "Text that is only whitespace is dropped; comments and processing instructions are\n"
+     "not kept.\n"
+     "Exit status: 0 on success, 2 when the input cannot be read or is malformed.\n",
      runFormat},
     {"check", "check FILE...",
      "report FILE:LINE:COLUMN: message for each malformed file; exit 1 if any is malformed",
+     "A document that ends inside an element is reported at its end. '-' reads\n"
+     "standard input.\n"
+     "Exit status: 0 when all are well-formed, 1 when one is malformed, 2 when one cannot\n"
+     "be read.\n",
      runCheck},
     {"compare", "compare A B",
      "tell whether two documents are equivalent (exit 0) or not (exit 1); 2 on a parse error",
+     "Attribute order, whitespace-only text where the other side has a tag, <e/> against\n"
+     "<e></e>, and text after an end tag are not differences. '-' reads standard input.\n"
+     "Exit status: 0 when equivalent, 1 when different, 2 when one cannot be read or is\n"
+     "malformed.\n",
      runCompare},
-    {"help", "help", "list the commands", runHelp},
+    {"help", "help [COMMAND]", "list the commands, or describe one", "", runHelp},
 };
 
-int runHelp(const Args&) {
+const Command* findCommand(const std::string& name) {
+    for (const Command& c : kCommands) {
+        if (name == c.name) return &c;
+    }
+    return nullptr;
+}
+
+void printUsage(const Command& c) {
+    std::cout << "usage: qzxml " << c.synopsis << "\n\n" << c.summary << ".\n" << c.details;
+}
+
+int runHelp(const Args& args) {
+    if (!args.empty()) {
+        const Command* c = findCommand(args[0]);
+        if (c == nullptr) return fail("help", "unknown command '" + args[0] + "'");
+        printUsage(*c);
+        return kOk;
+    }
     std::cout << "usage: qzxml COMMAND [ARGS]\n\ncommands:\n";
     for (const Command& c : kCommands) {
         std::cout << "  " << c.synopsis << "\n      " << c.summary << '\n';
     }
+    std::cout << "\n'qzxml COMMAND --help' describes one command. FILE may be '-' for standard "
+                 "input.\n";
     return kOk;
+}
+
+bool isHelpOption(const std::string& arg) {
+    return arg == "--help" || arg == "-h";
 }
 
 }  // namespace
@@ -242,10 +306,10 @@ int main(int argc, char** argv) {
         return kFailed;
     }
     const std::string name = argv[1];
-    if (name == "--help" || name == "-h") return runHelp({});
+    if (isHelpOption(name)) return runHelp({});
     const Args args(argv + 2, argv + argc);
-    for (const Command& c : kCommands) {
-        if (name == c.name) return c.run(args);
-    }
-    return fail(name, "unknown command (see qzxml --help)");
+    const Command* command = findCommand(name);
+    if (command == nullptr) return fail(name, "unknown command (see qzxml --help)");
+    if (!args.empty() && isHelpOption(args[0])) return runHelp({name});
+    return command->run(args);
 }
