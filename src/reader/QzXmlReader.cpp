@@ -205,6 +205,13 @@ void setBytes(QzCString& target, const QzCString& source) {
     setBytes(target, source.data(), source.length());
 }
 
+// Names are short: a plain loop beats a call to memchr.
+const char* findColon(const char* first, const char* last) {
+    while (first != last && *first != ':')
+        ++first;
+    return first;
+}
+
 bool isXmlns(const char* text, std::size_t length) {
     return length == 5 && std::memcmp(text, "xmlns", 5) == 0;
 }
@@ -644,8 +651,9 @@ void QzXmlReader::readAttribute() {
     StagedAttribute attribute{};
     attribute.name = scanName();
     attribute.nameLength = cursor_ - attribute.name;
-    const void* colon = std::memchr(attribute.name, ':', attribute.nameLength);
-    if (colon) attribute.localStart = static_cast<const Byte*>(colon) - attribute.name + 1;
+    const char* name = chars(attribute.name);
+    const char* colon = findColon(name, name + attribute.nameLength);
+    if (colon != name + attribute.nameLength) attribute.localStart = colon - name + 1;
     readS();
     if (takeByte() != '=') err("Invalid character in attribute definition");
     readS();
@@ -748,6 +756,10 @@ int QzXmlReader::compareNames(const StagedAttribute& a, const StagedAttribute& b
 void QzXmlReader::sortAttributes() {
     const std::size_t count = staged_.size();
     order_.resize(count);
+    if (count <= 1) {
+        if (count == 1) order_[0] = 0;
+        return;
+    }
     std::iota(order_.begin(), order_.end(), 0u);
     std::size_t i = 1;
     while (i < count && compareNames(staged_[i - 1], staged_[i]) <= 0)
@@ -779,9 +791,8 @@ void QzXmlReader::fileAttribute(QzXmlAttribute& filed, const StagedAttribute& na
 // An unknown prefix resolves to the empty URI.
 void QzXmlReader::resolveName(const char* first, const char* last, QzXmlName& name) const {
     QzXmlNamespace& ns = name.namespace_;
-    const void* colon = std::memchr(first, ':', last - first);
-    if (colon) {
-        const char* c = static_cast<const char*>(colon);
+    const char* c = findColon(first, last);
+    if (c != last) {
         setBytes(ns.prefix_, first, c - first);
         setBytes(name.localName_, c + 1, last - c - 1);
     } else {

@@ -23,6 +23,13 @@ void reportProlog(const QzXmlReader& reader, QzXmlContentHandler& handler) {
     handler.prolog(prolog);
 }
 
+// Matching looks at the local name and URI only, so the prefix is not kept; a slot mostly
+// held the same name for a sibling before, which spares the copy.
+void keepOpen(QzXmlName& slot, const QzXmlName& name) {
+    if (slot.getLocalName() != name.getLocalName()) slot.setLocalName(name.getLocalName());
+    if (slot.getURI() != name.getURI()) slot.getNamespace().setURI(name.getURI());
+}
+
 }  // namespace
 
 void QzXmlSAXParser::parse(const QzCString& document, const QzCString&) {
@@ -42,7 +49,7 @@ void QzXmlSAXParser::parse(const QzCString& document, const QzCString&) {
         switch (reader.getNodeType()) {
             case QzXmlReader::StartTag:
                 if (depth == open.size()) open.emplace_back();
-                open[depth++] = name;
+                keepOpen(open[depth++], name);
                 if (contentHandler_)
                     contentHandler_->startElement(name, reader.getCurrentAttributes());
                 break;
