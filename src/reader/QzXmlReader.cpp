@@ -661,7 +661,8 @@ void QzXmlReader::readAttribute() {
     if (quote != '"' && quote != '\'') err("invalid character in attribute definition");
     readAttributeValue(quote, attribute);
     staged_.push_back(attribute);
-    declareNamespace(attribute);
+    // Only a name starting "xmlns" declares; most attributes are turned away here.
+    if (*attribute.name == 'x') declareNamespace(attribute);
 }
 
 // Values are not normalised: line breaks, tabs and carriage returns are kept as they are. A
