@@ -1,11 +1,15 @@
 #ifndef QZXMLWRITER_H
 #define QZXMLWRITER_H
 
+#include <memory>
+#include <vector>
+
 #include "QzCString.h"
 #include "QzXmlAttributeSet.h"
 #include "QzXmlName.h"
 #include "QzXmlNamespace.h"
-#include "QzXmlNamespaceStack.h"
+
+class QzXmlWriterScopes;
 
 /// The abstract base of XML writers: turns element starts, text, attributes and element ends
 /// into escaped, namespace-qualified and optionally indented bytes, and hands every byte to
@@ -95,10 +99,20 @@ public:
     QzXmlAttributeSet getCompleteAttributeSet(const QzXmlAttributeSet& attributes);
 
 private:
+    void declareIfNecessary(const QzCString& prefix, const QzCString& uri);
+    const QzXmlAttributeSet& completeAttributes(const QzXmlAttributeSet& attributes);
+    void writeTag(const char* opening, const QzXmlName& name, const char* closing);
+    void writeAttribute(const QzCString& prefix, const QzCString& localName, const QzCString& value,
+                        bool escape);
+
     unsigned long indent_;
     unsigned long indentStep_;
     bool atLineStart_;
-    QzXmlNamespaceStack namespaces_;
+    std::unique_ptr<QzXmlWriterScopes> scopes_;
+    // Reused from tag to tag, so that writing allocates nothing once they have grown.
+    QzCString tag_;                 ///< "<name" or "</name>"
+    QzXmlAttributeSet attributes_;  ///< the complete attribute set of the tag being written
+    std::vector<char> spill_;       ///< escaping buffer for strings too long for the stack
 };
 
 #endif

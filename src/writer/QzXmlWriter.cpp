@@ -1,8 +1,15 @@
 #include "QzXmlWriter.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <memory>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+#include "QzXmlWriterScopes.h"
 
 const QzCString QzXmlWriter::XmlNamespaceTag("xmlns");
 const QzCString QzXmlWriter::Colon(":");
@@ -35,6 +42,9 @@ constexpr char markupApos[] = "&apos;";
 
 // Small writes escape into a buffer on the stack, so that they do not allocate.
 constexpr std::size_t FixedBufferSize = 1024;
+// Larger ones use the writer's own buffer up to this size, and a buffer of their own beyond
+// it, so that one huge string does not leave the writer holding five times its size.
+constexpr std::size_t SpillLimit = 256 * 1024;
 // The longest replacement, "&quot;" or "&apos;", per input byte.
 constexpr std::size_t MaxAttributeGrowth = 6;
 // The longest text replacement, "&amp;" or "&#xD;".
@@ -109,19 +119,38 @@ bool startsWithEntity(const char* at, const char* end) {
     return false;
 }
 
+// The first byte from in on that table replaces, or end.
+const char* findEscape(const char* in, const char* end, const EscapeTable& table) {
+    while (in != end && table[static_cast<unsigned char>(*in)] == Copy)
+        ++in;
+    return in;
+}
+
 // Copies [in, end) to out, replacing the bytes that table marks; returns the end of the copy.
-// out must have room for the longest replacement per input byte.
+// out must have room for the longest replacement per input byte. Runs of bytes that stay are
+// copied whole.
 char* escapeInto(const char* in, const char* end, char* out, const EscapeTable& table) {
-    for (; in != end; ++in) {
-        const Escape escape = table[static_cast<unsigned char>(*in)];
-        if (escape == Copy || (escape == AmpersandUnlessEntity && startsWithEntity(in, end))) {
-            *out++ = *in;
+    for (;;) {
+        const char* run = findEscape(in, end, table);
+        std::memcpy(out, in, static_cast<std::size_t>(run - in));
+        out += run - in;
+        if (run == end) return out;
+        const Escape escape = table[static_cast<unsigned char>(*run)];
+        if (escape == AmpersandUnlessEntity && startsWithEntity(run, end)) {
+            *out++ = *run;
         } else {
             std::memcpy(out, Replacements[escape].text, Replacements[escape].length);
             out += Replacements[escape].length;
         }
+        in = run + 1;
     }
-    return out;
+}
+
+// Whether adding ns to attributes as a declaration would change nothing: an attribute of
+// the declaration's name (which unqualified attributes share) already has its URI as value.
+bool hasNamespaceAttribute(const QzXmlAttributeSet& attributes, const QzXmlNamespace& ns) {
+    const auto found = attributes.find(QzXmlName(ns.getPrefix(), QzXmlNamespace::getXmlns()));
+    return found != attributes.end() && found->getValue() == ns.getURI();
 }
 
 char* copyInto(const QzCString& text, char* out) {
@@ -130,23 +159,37 @@ char* copyInto(const QzCString& text, char* out) {
 }
 
 // A buffer of at least the requested size: the fixed one on the stack when that is enough,
-// otherwise one from the heap.
+// the writer's spill buffer up to SpillLimit, otherwise one from the heap for this call.
 class WorkBuffer {
 public:
-    explicit WorkBuffer(std::size_t size)
-        : heap_(size > FixedBufferSize ? new char[size] : nullptr) {}
+    WorkBuffer(std::size_t size, std::vector<char>& spill) : data_(fixed_) {
+        if (size <= FixedBufferSize) return;
+        if (size <= SpillLimit) {
+            if (spill.size() < size)
+                spill.resize(std::min(std::max(size, 2 * spill.size()), SpillLimit));
+            data_ = spill.data();
+        } else {
+            heap_.reset(new char[size]);
+            data_ = heap_.get();
+        }
+    }
 
-    char* data() noexcept { return heap_ ? heap_.get() : fixed_; }
+    char* data() noexcept { return data_; }
 
 private:
     char fixed_[FixedBufferSize];
     std::unique_ptr<char[]> heap_;
+    char* data_;
 };
 
 }  // namespace
 
-QzXmlWriter::QzXmlWriter() : indent_(0), indentStep_(2), atLineStart_(false) {
-    namespaces_.pushScope();
+QzXmlWriter::QzXmlWriter()
+    : indent_(0),
+      indentStep_(2),
+      atLineStart_(false),
+      scopes_(std::make_unique<QzXmlWriterScopes>()) {
+    scopes_->pushScope();
 }
 
 QzXmlWriter::~QzXmlWriter() = default;
@@ -157,10 +200,10 @@ void QzXmlWriter::writeToSink(const char* bytes, unsigned long n) {
 
 void QzXmlWriter::writeElementStart(const QzXmlName& name, const QzXmlAttributeSet& attributes,
                                     bool isEmpty) {
-    namespaces_.pushScope();
+    scopes_->pushScope();
     addNamespaceToScopeIfNecessary(name.getNamespace());
-    write(StartTag + name.getQualifiedName(), false);
-    for (const QzXmlAttribute& attribute : getCompleteAttributeSet(attributes)) {
+    writeTag("<", name, "");
+    for (const QzXmlAttribute& attribute : completeAttributes(attributes)) {
         const QzXmlName& attributeName = attribute.getName();
         // The default-namespace declaration is stored as "xmlns:" with an empty local name.
         if (attributeName.getPrefix() == XmlNamespaceTag && attributeName.getLocalName().empty()) {
@@ -170,7 +213,7 @@ void QzXmlWriter::writeElementStart(const QzXmlName& name, const QzXmlAttributeS
         }
     }
     if (isEmpty) {
-        namespaces_.popScope();
+        scopes_->popScope();
         write(UnpairedTag, false);
     } else {
         write(EndTag, false);
@@ -178,8 +221,20 @@ void QzXmlWriter::writeElementStart(const QzXmlName& name, const QzXmlAttributeS
 }
 
 void QzXmlWriter::writeElementEnd(const QzXmlName& name) {
-    write(StartEndTag + name.getQualifiedName() + EndTag, false);
-    namespaces_.popScope();
+    writeTag("</", name, ">");
+    scopes_->popScope();
+}
+
+// The tag text goes to the sink in one piece, built in a string that keeps its capacity.
+void QzXmlWriter::writeTag(const char* opening, const QzXmlName& name, const char* closing) {
+    tag_.assign(opening, std::strlen(opening));
+    if (!name.getPrefix().empty()) {
+        tag_ += name.getPrefix();
+        tag_ += ':';
+    }
+    tag_ += name.getLocalName();
+    tag_ += closing;
+    write(tag_, false);
 }
 
 void QzXmlWriter::writeSimpleElement(const QzXmlName& name, const QzCString& value,
@@ -207,18 +262,42 @@ void QzXmlWriter::write(const QzCString& text, bool escape) {
         writeToSink(text);
         return;
     }
-    WorkBuffer buffer(text.length() * MaxTextGrowth);
-    const char* end =
-        escapeInto(text.data(), text.data() + text.length(), buffer.data(), TextEscapes);
-    writeToSink(buffer.data(), static_cast<unsigned long>(end - buffer.data()));
+    const char* begin = text.data();
+    const char* end = begin + text.length();
+    const char* first = findEscape(begin, end, TextEscapes);
+    // Nothing to replace: the text goes to the sink as it is, without a copy.
+    if (first == end) {
+        writeToSink(begin, static_cast<unsigned long>(text.length()));
+        return;
+    }
+    WorkBuffer buffer(text.length() * MaxTextGrowth, spill_);
+    const std::size_t clean = static_cast<std::size_t>(first - begin);
+    std::memcpy(buffer.data(), begin, clean);
+    const char* out = escapeInto(first, end, buffer.data() + clean, TextEscapes);
+    writeToSink(buffer.data(), static_cast<unsigned long>(out - buffer.data()));
 }
 
 void QzXmlWriter::writeAttribute(const QzCString& name, const QzCString& value, bool escape) {
-    WorkBuffer buffer(name.length() + value.length() * (escape ? MaxAttributeGrowth : 1) +
-                      AttributeFrame);
+    writeAttribute(QzXmlAttributeSet::EmptyString, name, value, escape);
+}
+
+void QzXmlWriter::writeAttribute(const QzXmlName& name, const QzCString& value, bool escape) {
+    writeAttribute(name.getPrefix(), name.getLocalName(), value, escape);
+}
+
+// Writes ` prefix:localName="value"`, or ` localName="value"` without a prefix.
+void QzXmlWriter::writeAttribute(const QzCString& prefix, const QzCString& localName,
+                                 const QzCString& value, bool escape) {
+    const std::size_t nameLength = localName.length() + (prefix.empty() ? 0 : prefix.length() + 1);
+    WorkBuffer buffer(
+        nameLength + value.length() * (escape ? MaxAttributeGrowth : 1) + AttributeFrame, spill_);
     char* out = buffer.data();
     *out++ = ' ';
-    out = copyInto(name, out);
+    if (!prefix.empty()) {
+        out = copyInto(prefix, out);
+        *out++ = ':';
+    }
+    out = copyInto(localName, out);
     *out++ = '=';
     *out++ = '"';
     out = escape ? escapeInto(value.data(), value.data() + value.length(), out, AttributeEscapes)
@@ -226,10 +305,6 @@ void QzXmlWriter::writeAttribute(const QzCString& name, const QzCString& value, 
     *out++ = '"';
     writeIndentChars();
     writeToSink(buffer.data(), static_cast<unsigned long>(out - buffer.data()));
-}
-
-void QzXmlWriter::writeAttribute(const QzXmlName& name, const QzCString& value, bool escape) {
-    writeAttribute(name.getQualifiedName(), value, escape);
 }
 
 void QzXmlWriter::writeNewLine() {
@@ -245,34 +320,48 @@ void QzXmlWriter::writeIndentChars() {
 }
 
 void QzXmlWriter::addNamespace(const QzXmlNamespace& ns) {
-    namespaces_.addNamespace(ns);
+    scopes_->addNamespace(ns.getPrefix(), ns.getURI());
 }
 
 void QzXmlWriter::addNamespaceToScopeIfNecessary(const QzXmlNamespace& ns) {
-    if (ns.getURI() == QzXmlNamespace::getEmptyNamespace().getURI()) return;
-    // A prefixed namespace counts as declared when its URI is bound to any prefix, so a
-    // second prefix for the same URI is never declared.
-    const bool inScope = ns.getPrefix().empty()
-                             ? namespaces_.getURIForPrefix(ns.getPrefix()) == ns.getURI()
-                             : !namespaces_.getPrefixForURI(ns.getURI()).empty();
-    if (!inScope) namespaces_.addNamespace(ns);
+    declareIfNecessary(ns.getPrefix(), ns.getURI());
+}
+
+void QzXmlWriter::declareIfNecessary(const QzCString& prefix, const QzCString& uri) {
+    if (uri == QzXmlNamespace::getEmptyNamespace().getURI()) return;
+    if (prefix.empty()) {
+        if (scopes_->getURIForPrefix(prefix) != uri) scopes_->addNamespace(prefix, uri);
+    } else {
+        // A prefixed namespace counts as declared when its URI is bound to any prefix, so a
+        // second prefix for the same URI is never declared.
+        scopes_->addNamespaceUnlessPrefixed(prefix, uri);
+    }
 }
 
 QzXmlAttributeSet QzXmlWriter::getCompleteAttributeSet(const QzXmlAttributeSet& attributes) {
-    QzXmlAttributeSet complete(attributes);
+    return completeAttributes(attributes);
+}
+
+const QzXmlAttributeSet& QzXmlWriter::completeAttributes(const QzXmlAttributeSet& attributes) {
     for (const QzXmlAttribute& attribute : attributes) {
         const QzXmlName& name = attribute.getName();
         // Declarations, and with them every unqualified attribute, register their name as a
         // prefix bound to their value.
         if (QzXmlNamespace::matchXmlns(name.getNamespace())) {
-            addNamespaceToScopeIfNecessary(
-                QzXmlNamespace(name.getLocalName(), attribute.getValue()));
+            declareIfNecessary(name.getLocalName(), attribute.getValue());
         } else {
-            addNamespaceToScopeIfNecessary(name.getNamespace());
+            declareIfNecessary(name.getPrefix(), name.getURI());
         }
     }
-    for (const QzXmlNamespace& ns : namespaces_.getInnermostScope()) {
-        complete.addNamespaceAttribute(ns);
-    }
-    return complete;
+    // Mostly every declaration of the scope is an attribute of the tag already (an
+    // unqualified attribute declares itself), and then the set needs no copy.
+    bool complete = true;
+    scopes_->forEachInnermost([&](const QzXmlNamespace& ns) {
+        complete = complete && hasNamespaceAttribute(attributes, ns);
+    });
+    if (complete) return attributes;
+    attributes_ = attributes;
+    scopes_->forEachInnermost(
+        [this](const QzXmlNamespace& ns) { attributes_.addNamespaceAttribute(ns); });
+    return attributes_;
 }
