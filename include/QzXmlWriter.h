@@ -100,7 +100,10 @@ public:
 
 private:
     void declareIfNecessary(const QzCString& prefix, const QzCString& uri);
+    bool registerNamespaces(const QzXmlAttributeSet& attributes);
+    bool carriesDeclarations(const QzXmlAttributeSet& attributes, std::size_t first) const;
     const QzXmlAttributeSet& completeAttributes(const QzXmlAttributeSet& attributes);
+    QzXmlAttributeSet withInnermostDeclarations(const QzXmlAttributeSet& attributes) const;
     void writeTag(const char* opening, const QzXmlName& name, const char* closing);
     void writeAttribute(const QzCString& prefix, const QzCString& localName, const QzCString& value,
                         bool escape);

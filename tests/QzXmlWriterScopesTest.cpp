@@ -28,7 +28,8 @@ std::vector<std::string> namespacesOf(const QzXmlNamespaceStack& stack) {
 
 }  // namespace
 
-// The writer's scopes must answer exactly as the namespace stack does: innermost scope first,
+// The writer's scopes must answer its two questions (the default namespace's URI, a URI's
+// prefix) exactly as the namespace stack does: innermost scope first,
 // the earliest declaration within a scope, and the bindings a closed scope hid come back.
 // Few distinct keys make rebinding and hiding frequent; deep runs make the indexes grow
 // and shrink through many deletions.
@@ -60,11 +61,9 @@ TEST(QzXmlWriterScopes, AnswersAsTheNamespaceStackDoes) {
                     continue;
                 }
             }
-            const QzCString prefix = key("p");
             const QzCString uri = key("urn:");
-            ASSERT_EQ(stack.getURIForPrefix(prefix), scopes.getURIForPrefix(prefix));
             ASSERT_EQ(stack.getPrefixForURI(uri), scopes.getPrefixForURI(uri));
-            ASSERT_EQ(stack.getURIForPrefix(""), scopes.getURIForPrefix(""));
+            ASSERT_EQ(stack.getURIForPrefix(""), scopes.getDefaultURI());
             ASSERT_EQ(namespacesOf(stack), namespacesOf(scopes));
         }
     }

@@ -181,3 +181,50 @@ TEST(QzXmlStringWriter, GrowsByDoublingFromAtLeast4096Bytes) {
     EXPECT_EQ(10000u, large.getCapacity());
     EXPECT_EQ(std::string(5000, 'a') + "b", large.getString().std());
 }
+
+// Long strings are scanned in blocks: a byte to replace must be found at every position,
+// in a block or in the rest after the last one, and bytes that only the other rules replace
+// (quotes in text, a carriage return in a value) must not stop the scan.
+TEST(QzXmlWriter, EscapesAtEveryPositionOfLongStrings) {
+    auto reference = [](const std::string& text, bool attribute) {
+        std::string out;
+        for (char c : text) {
+            switch (c) {
+                case '&':
+                    out += "&amp;";
+                    break;
+                case '<':
+                    out += "&lt;";
+                    break;
+                case '>':
+                    out += "&gt;";
+                    break;
+                case '\r':
+                    out += attribute ? "\r" : "&#xD;";
+                    break;
+                case '"':
+                    out += attribute ? "&quot;" : "\"";
+                    break;
+                case '\'':
+                    out += attribute ? "&apos;" : "'";
+                    break;
+                default:
+                    out += c;
+            }
+        }
+        return out;
+    };
+    for (std::size_t length = 1; length <= 40; ++length) {
+        for (std::size_t at = 0; at < length; ++at) {
+            for (char special : std::string("&<>\r\"'")) {
+                std::string text(length, 'x');
+                text[at / 3] = '\r';
+                text[at / 2] = '"';
+                text[at] = special;
+                ASSERT_EQ(reference(text, false), escapedText(text)) << length << " " << at;
+                ASSERT_EQ(" a=\"" + reference(text, true) + "\"", escapedAttribute(text))
+                    << length << " " << at;
+            }
+        }
+    }
+}

@@ -9,6 +9,10 @@
 #include <emmintrin.h>
 #endif
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 #include "QzXmlWriterScopes.h"
 
 const QzCString QzXmlWriter::XmlNamespaceTag("xmlns");
@@ -119,8 +123,38 @@ bool startsWithEntity(const char* at, const char* end) {
     return false;
 }
 
+#ifdef __SSE2__
+// Sixteen bytes at a time: the first byte that either table may replace, or null when none
+// is found before the last incomplete block. A byte that only the other table replaces is a
+// false alarm, which the caller sorts out.
+const char* findCandidate(const char* in, const char* end) {
+    const __m128i amp = _mm_set1_epi8('&');
+    const __m128i lt = _mm_set1_epi8('<');
+    const __m128i gt = _mm_set1_epi8('>');
+    const __m128i quot = _mm_set1_epi8('"');
+    const __m128i apos = _mm_set1_epi8('\'');
+    const __m128i cr = _mm_set1_epi8('\r');
+    for (; end - in >= 16; in += 16) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
+        const __m128i hits = _mm_or_si128(
+            _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, amp), _mm_cmpeq_epi8(bytes, lt)),
+                         _mm_or_si128(_mm_cmpeq_epi8(bytes, gt), _mm_cmpeq_epi8(bytes, quot))),
+            _mm_or_si128(_mm_cmpeq_epi8(bytes, apos), _mm_cmpeq_epi8(bytes, cr)));
+        if (const int mask = _mm_movemask_epi8(hits)) return in + __builtin_ctz(mask);
+    }
+    return nullptr;
+}
+#endif
+
 // The first byte from in on that table replaces, or end.
 const char* findEscape(const char* in, const char* end, const EscapeTable& table) {
+#ifdef __SSE2__
+    while (const char* candidate = findCandidate(in, end)) {
+        if (table[static_cast<unsigned char>(*candidate)] != Copy) return candidate;
+        in = candidate + 1;
+    }
+    in = end - (end - in) % 16;
+#endif
     while (in != end && table[static_cast<unsigned char>(*in)] == Copy)
         ++in;
     return in;
@@ -148,6 +182,7 @@ char* escapeInto(const char* in, const char* end, char* out, const EscapeTable& 
 
 // Whether adding ns to attributes as a declaration would change nothing: an attribute of
 // the declaration's name (which unqualified attributes share) already has its URI as value.
+// Most tags carry every declaration of their scope, and then the set is written as given.
 bool hasNamespaceAttribute(const QzXmlAttributeSet& attributes, const QzXmlNamespace& ns) {
     const auto found = attributes.find(QzXmlName(ns.getPrefix(), QzXmlNamespace::getXmlns()));
     return found != attributes.end() && found->getValue() == ns.getURI();
@@ -328,9 +363,10 @@ void QzXmlWriter::addNamespaceToScopeIfNecessary(const QzXmlNamespace& ns) {
 }
 
 void QzXmlWriter::declareIfNecessary(const QzCString& prefix, const QzCString& uri) {
-    if (uri == QzXmlNamespace::getEmptyNamespace().getURI()) return;
+    // The empty namespace has the empty URI.
+    if (uri.empty()) return;
     if (prefix.empty()) {
-        if (scopes_->getURIForPrefix(prefix) != uri) scopes_->addNamespace(prefix, uri);
+        if (scopes_->getDefaultURI() != uri) scopes_->addNamespace(prefix, uri);
     } else {
         // A prefixed namespace counts as declared when its URI is bound to any prefix, so a
         // second prefix for the same URI is never declared.
@@ -339,29 +375,50 @@ void QzXmlWriter::declareIfNecessary(const QzCString& prefix, const QzCString& u
 }
 
 QzXmlAttributeSet QzXmlWriter::getCompleteAttributeSet(const QzXmlAttributeSet& attributes) {
-    return completeAttributes(attributes);
+    registerNamespaces(attributes);
+    return withInnermostDeclarations(attributes);
 }
 
-const QzXmlAttributeSet& QzXmlWriter::completeAttributes(const QzXmlAttributeSet& attributes) {
+bool QzXmlWriter::registerNamespaces(const QzXmlAttributeSet& attributes) {
+    // Declarations made before (for the element's name) must be carried by the set too.
+    bool carried = carriesDeclarations(attributes, 0);
     for (const QzXmlAttribute& attribute : attributes) {
         const QzXmlName& name = attribute.getName();
         // Declarations, and with them every unqualified attribute, register their name as a
-        // prefix bound to their value.
-        if (QzXmlNamespace::matchXmlns(name.getNamespace())) {
+        // prefix bound to their value; the attribute itself then carries that declaration.
+        // The xmlns namespace has the empty URI, as unqualified attributes have.
+        if (name.getURI().empty()) {
             declareIfNecessary(name.getLocalName(), attribute.getValue());
         } else {
+            const std::size_t before = scopes_->innermostSize();
             declareIfNecessary(name.getPrefix(), name.getURI());
+            carried = carried && carriesDeclarations(attributes, before);
         }
     }
-    // Mostly every declaration of the scope is an attribute of the tag already (an
-    // unqualified attribute declares itself), and then the set needs no copy.
-    bool complete = true;
-    scopes_->forEachInnermost([&](const QzXmlNamespace& ns) {
-        complete = complete && hasNamespaceAttribute(attributes, ns);
-    });
-    if (complete) return attributes;
-    attributes_ = attributes;
+    return carried;
+}
+
+bool QzXmlWriter::carriesDeclarations(const QzXmlAttributeSet& attributes,
+                                      std::size_t first) const {
+    bool carried = true;
     scopes_->forEachInnermost(
-        [this](const QzXmlNamespace& ns) { attributes_.addNamespaceAttribute(ns); });
+        [&](const QzXmlNamespace& ns) {
+            carried = carried && hasNamespaceAttribute(attributes, ns);
+        },
+        first);
+    return carried;
+}
+
+const QzXmlAttributeSet& QzXmlWriter::completeAttributes(const QzXmlAttributeSet& attributes) {
+    if (registerNamespaces(attributes)) return attributes;
+    attributes_ = withInnermostDeclarations(attributes);
     return attributes_;
+}
+
+QzXmlAttributeSet QzXmlWriter::withInnermostDeclarations(
+    const QzXmlAttributeSet& attributes) const {
+    QzXmlAttributeSet complete(attributes);
+    scopes_->forEachInnermost(
+        [&complete](const QzXmlNamespace& ns) { complete.addNamespaceAttribute(ns); });
+    return complete;
 }

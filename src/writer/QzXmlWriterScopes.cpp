@@ -41,16 +41,25 @@ bool between(std::size_t home, std::size_t from, std::size_t to) {
 
 }  // namespace
 
-QzXmlWriterScopes::Index::Index(const std::vector<Declaration>& declarations, KeyOf keyOf)
-    : declarations_(declarations), keyOf_(keyOf), slots_(InitialSlots, Slot{0, None}) {}
+QzXmlWriterScopes::Index::Index(const std::vector<Declaration>& declarations)
+    : declarations_(declarations), slots_(InitialSlots, Slot{0, None}) {}
 
-std::size_t QzXmlWriterScopes::Index::slotOf(const QzCString& key, std::size_t hash) const {
+std::size_t QzXmlWriterScopes::Index::slotOf(const QzCString& uri, std::size_t hash) const {
     const std::size_t mask = slots_.size() - 1;
     for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
         const Slot& slot = slots_[at];
         if (slot.declaration == None) return at;
-        if (slot.hash == hash && (declarations_[slot.declaration].ns.*keyOf_)() == key) return at;
+        if (slot.hash == hash && declarations_[slot.declaration].ns.getURI() == uri) return at;
     }
+}
+
+std::size_t QzXmlWriterScopes::Index::slotHolding(std::size_t hash,
+                                                  std::int32_t declaration) const {
+    const std::size_t mask = slots_.size() - 1;
+    std::size_t at = hash & mask;
+    while (slots_[at].declaration != declaration)
+        at = (at + 1) & mask;
+    return at;
 }
 
 void QzXmlWriterScopes::Index::put(std::size_t slot, std::size_t hash, std::int32_t declaration) {
@@ -88,82 +97,78 @@ void QzXmlWriterScopes::Index::grow() {
     }
 }
 
-QzXmlWriterScopes::QzXmlWriterScopes()
-    : byPrefix_(declarations_, &QzXmlNamespace::getPrefix),
-      byURI_(declarations_, &QzXmlNamespace::getURI) {}
+QzXmlWriterScopes::QzXmlWriterScopes() : byURI_(declarations_) {}
 
 void QzXmlWriterScopes::pushScope() {
     scopeStarts_.push_back(count_);
 }
 
+// Latest declaration first, so that each key gets back the declaration it answered to before.
+// A declaration that answers for its URI is in the index under the URI's hash, so its slot
+// is found without comparing strings.
 void QzXmlWriterScopes::popScope() {
     if (scopeStarts_.empty()) return;
     const std::size_t first = scopeStarts_.back();
-    // Latest first, so that each key gets back the declaration it answered to before.
     while (count_ > first) {
-        const Declaration& declaration = declarations_[--count_];
-        unbind(byPrefix_, declaration.ns.getPrefix(), declaration.prefix);
-        unbind(byURI_, declaration.ns.getURI(), declaration.uri);
+        const auto index = static_cast<std::int32_t>(--count_);
+        const Declaration& declaration = declarations_[count_];
+        if (declaration.uri.answers) {
+            const std::size_t slot = byURI_.slotHolding(declaration.uriHash, index);
+            if (declaration.uri.hidden == None) {
+                byURI_.vacate(slot);
+            } else {
+                byURI_.put(slot, declaration.uriHash, declaration.uri.hidden);
+            }
+        }
+        if (declaration.defaultNamespace.answers) {
+            defaultNamespace_ = declaration.defaultNamespace.hidden;
+        }
     }
     scopeStarts_.pop_back();
 }
 
 void QzXmlWriterScopes::addNamespace(const QzCString& prefix, const QzCString& uri) {
-    add(prefix, uri, hashOf(uri));
+    const std::size_t hash = hashOf(uri);
+    add(prefix, uri, hash, byURI_.slotOf(uri, hash));
 }
 
 void QzXmlWriterScopes::addNamespaceUnlessPrefixed(const QzCString& prefix, const QzCString& uri) {
     const std::size_t hash = hashOf(uri);
-    const std::int32_t bound = byURI_.at(byURI_.slotOf(uri, hash));
-    if (bound == None || declarations_[bound].ns.getPrefix().empty()) add(prefix, uri, hash);
+    const std::size_t slot = byURI_.slotOf(uri, hash);
+    const std::int32_t bound = byURI_.at(slot);
+    if (bound == None || declarations_[bound].ns.getPrefix().empty()) add(prefix, uri, hash, slot);
 }
 
-void QzXmlWriterScopes::add(const QzCString& prefix, const QzCString& uri, std::size_t uriHash) {
+void QzXmlWriterScopes::add(const QzCString& prefix, const QzCString& uri, std::size_t uriHash,
+                            std::size_t uriSlot) {
     if (scopeStarts_.empty()) {
         throw QzXmlInternalError(QzCString("addNamespace called with no namespace scope open"));
     }
     if (count_ == declarations_.size()) declarations_.emplace_back();
-    Declaration& declaration = declarations_[count_];
+    const auto index = static_cast<std::int32_t>(count_);
+    Declaration& declaration = declarations_[count_++];
     declaration.ns.setPrefix(prefix);
     declaration.ns.setURI(uri);
     declaration.scope = static_cast<std::uint32_t>(scopeStarts_.size());
-    declaration.prefix.hash = hashOf(prefix);
-    declaration.uri.hash = uriHash;
-    const auto index = static_cast<std::int32_t>(count_++);
-    bind(byPrefix_, prefix, index, declaration.prefix);
-    bind(byURI_, uri, index, declaration.uri);
+    declaration.uriHash = uriHash;
+    const std::int32_t current = byURI_.at(uriSlot);
+    declaration.uri = Link{current, takesOver(current)};
+    if (declaration.uri.answers) byURI_.put(uriSlot, uriHash, index);
+    declaration.defaultNamespace =
+        Link{defaultNamespace_, prefix.empty() && takesOver(defaultNamespace_)};
+    if (declaration.defaultNamespace.answers) defaultNamespace_ = index;
 }
 
-// Within one scope the earliest declaration of a key answers, so a later one is not bound.
-void QzXmlWriterScopes::bind(Index& index, const QzCString& key, std::int32_t declaration,
-                             Link& link) {
-    const std::size_t slot = index.slotOf(key, link.hash);
-    link.hidden = index.at(slot);
-    link.answers =
-        link.hidden == None || declarations_[link.hidden].scope != declarations_[declaration].scope;
-    if (link.answers) index.put(slot, link.hash, declaration);
+bool QzXmlWriterScopes::takesOver(std::int32_t current) const {
+    return current == None || declarations_[current].scope != scopeStarts_.size();
 }
 
-void QzXmlWriterScopes::unbind(Index& index, const QzCString& key, const Link& link) {
-    if (!link.answers) return;
-    const std::size_t slot = index.slotOf(key, link.hash);
-    if (link.hidden == None) {
-        index.vacate(slot);
-    } else {
-        index.put(slot, link.hash, link.hidden);
-    }
-}
-
-const QzCString& QzXmlWriterScopes::getURIForPrefix(const QzCString& prefix) const {
-    return lookUp(byPrefix_, prefix, &QzXmlNamespace::getURI);
+const QzCString& QzXmlWriterScopes::getDefaultURI() const {
+    return defaultNamespace_ == None ? QzXmlAttributeSet::EmptyString
+                                     : declarations_[defaultNamespace_].ns.getURI();
 }
 
 const QzCString& QzXmlWriterScopes::getPrefixForURI(const QzCString& uri) const {
-    return lookUp(byURI_, uri, &QzXmlNamespace::getPrefix);
-}
-
-const QzCString& QzXmlWriterScopes::lookUp(const Index& index, const QzCString& key,
-                                           KeyOf answerOf) const {
-    const std::int32_t found = index.at(index.slotOf(key, hashOf(key)));
-    return found == None ? QzXmlAttributeSet::EmptyString : (declarations_[found].ns.*answerOf)();
+    const std::int32_t found = byURI_.at(byURI_.slotOf(uri, hashOf(uri)));
+    return found == None ? QzXmlAttributeSet::EmptyString : declarations_[found].ns.getPrefix();
 }
