@@ -104,7 +104,7 @@ private:
     bool carriesDeclarations(const QzXmlAttributeSet& attributes, std::size_t first) const;
     const QzXmlAttributeSet& completeAttributes(const QzXmlAttributeSet& attributes);
     QzXmlAttributeSet withInnermostDeclarations(const QzXmlAttributeSet& attributes) const;
-    void writeTag(const char* opening, const QzXmlName& name, const char* closing);
+    void writeTag(const QzCString& opening, const QzXmlName& name, const QzCString& closing);
     void writeAttribute(const QzCString& prefix, const QzCString& localName, const QzCString& value,
                         bool escape);
 

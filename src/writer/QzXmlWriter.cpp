@@ -123,11 +123,29 @@ bool startsWithEntity(const char* at, const char* end) {
     return false;
 }
 
+std::uint64_t load64(const char* at) {
+    std::uint64_t word;
+    std::memcpy(&word, at, sizeof word);
+    return word;
+}
+
+// The bytes of word (eight bytes of text, the first one lowest) that either table may
+// replace. The lowest set bit marks the first such byte; bits above it may be false alarms.
+std::uint64_t candidateBytes(std::uint64_t word) {
+    constexpr std::uint64_t Ones = 0x0101010101010101ull;
+    constexpr std::uint64_t Highs = 0x8080808080808080ull;
+    std::uint64_t found = 0;
+    for (const unsigned char c : {'&', '<', '>', '"', '\'', '\r'}) {
+        const std::uint64_t x = word ^ (Ones * c);
+        found |= (x - Ones) & ~x & Highs;
+    }
+    return found;
+}
+
 #ifdef __SSE2__
-// Sixteen bytes at a time: the first byte that either table may replace, or null when none
-// is found before the last incomplete block. A byte that only the other table replaces is a
-// false alarm, which the caller sorts out.
-const char* findCandidate(const char* in, const char* end) {
+// Sixteen bytes at a time while that many remain: the first byte that either table may
+// replace, or null.
+const char* findCandidateInBlocks(const char*& in, const char* end) {
     const __m128i amp = _mm_set1_epi8('&');
     const __m128i lt = _mm_set1_epi8('<');
     const __m128i gt = _mm_set1_epi8('>');
@@ -146,18 +164,40 @@ const char* findCandidate(const char* in, const char* end) {
 }
 #endif
 
-// The first byte from in on that table replaces, or end.
-const char* findEscape(const char* in, const char* end, const EscapeTable& table) {
+// The first byte from in on that either table may replace (or, in the last few bytes, that
+// table replaces), or end. begin is where the string starts: the last eight bytes of it are
+// read in one go even when some of them come before in.
+const char* findCandidate(const char* begin, const char* in, const char* end,
+                          const EscapeTable& table) {
 #ifdef __SSE2__
-    while (const char* candidate = findCandidate(in, end)) {
-        if (table[static_cast<unsigned char>(*candidate)] != Copy) return candidate;
-        in = candidate + 1;
-    }
-    in = end - (end - in) % 16;
+    if (const char* found = findCandidateInBlocks(in, end)) return found;
 #endif
+    for (; end - in >= 8; in += 8) {
+        if (const std::uint64_t found = candidateBytes(load64(in))) {
+            return in + __builtin_ctzll(found) / 8;
+        }
+    }
+    if (in != end && end - begin >= 8) {
+        // Bits of the bytes before in are shifted out; one of them may leave a false alarm.
+        const auto before = static_cast<unsigned>(8 - (end - in));
+        const std::uint64_t found = candidateBytes(load64(end - 8)) >> (8 * before);
+        return found ? in + __builtin_ctzll(found) / 8 : end;
+    }
     while (in != end && table[static_cast<unsigned char>(*in)] == Copy)
         ++in;
     return in;
+}
+
+// The first byte from in on that table replaces, or end.
+const char* findEscape(const char* in, const char* end, const EscapeTable& table) {
+    const char* const begin = in;
+    for (;;) {
+        const char* candidate = findCandidate(begin, in, end, table);
+        if (candidate == end || table[static_cast<unsigned char>(*candidate)] != Copy) {
+            return candidate;
+        }
+        in = candidate + 1;
+    }
 }
 
 // Copies [in, end) to out, replacing the bytes that table marks; returns the end of the copy.
@@ -237,7 +277,7 @@ void QzXmlWriter::writeElementStart(const QzXmlName& name, const QzXmlAttributeS
                                     bool isEmpty) {
     scopes_->pushScope();
     addNamespaceToScopeIfNecessary(name.getNamespace());
-    writeTag("<", name, "");
+    writeTag(StartTag, name, QzXmlAttributeSet::EmptyString);
     for (const QzXmlAttribute& attribute : completeAttributes(attributes)) {
         const QzXmlName& attributeName = attribute.getName();
         // The default-namespace declaration is stored as "xmlns:" with an empty local name.
@@ -256,13 +296,14 @@ void QzXmlWriter::writeElementStart(const QzXmlName& name, const QzXmlAttributeS
 }
 
 void QzXmlWriter::writeElementEnd(const QzXmlName& name) {
-    writeTag("</", name, ">");
+    writeTag(StartEndTag, name, EndTag);
     scopes_->popScope();
 }
 
 // The tag text goes to the sink in one piece, built in a string that keeps its capacity.
-void QzXmlWriter::writeTag(const char* opening, const QzXmlName& name, const char* closing) {
-    tag_.assign(opening, std::strlen(opening));
+void QzXmlWriter::writeTag(const QzCString& opening, const QzXmlName& name,
+                           const QzCString& closing) {
+    tag_.assign(opening);
     if (!name.getPrefix().empty()) {
         tag_ += name.getPrefix();
         tag_ += ':';

@@ -15,23 +15,35 @@ std::uint64_t mix(std::uint64_t hash, std::uint64_t word) {
     return hash ^ (hash >> 29);
 }
 
-// Eight bytes at a time over the whole key: keys are mostly short, and a hash that skipped
-// bytes would let keys that differ only in the middle (URIs, dates) pile up in one run.
+std::uint64_t load64(const char* at) {
+    std::uint64_t word;
+    std::memcpy(&word, at, sizeof word);
+    return word;
+}
+
+// The whole key, sixteen bytes a round in two independent lanes: keys are mostly short, and
+// a hash that skipped bytes would let keys that differ only in the middle (URIs, dates)
+// pile up in one probe run.
 std::size_t hashOf(const QzCString& key) {
     const char* at = key.data();
     std::size_t left = key.length();
-    std::uint64_t hash = mix(Multiplier, left);
-    for (; left >= 8; at += 8, left -= 8) {
-        std::uint64_t word;
-        std::memcpy(&word, at, 8);
-        hash = mix(hash, word);
+    std::uint64_t first = mix(Multiplier, left);
+    std::uint64_t second = ~Multiplier;
+    for (; left >= 16; at += 16, left -= 16) {
+        first = mix(first, load64(at));
+        second = mix(second, load64(at + 8));
+    }
+    if (left >= 8) {
+        first = mix(first, load64(at));
+        at += 8;
+        left -= 8;
     }
     if (left > 0) {
         std::uint64_t word = 0;
         std::memcpy(&word, at, left);
-        hash = mix(hash, word);
+        second = mix(second, word);
     }
-    return static_cast<std::size_t>(mix(hash, 0));
+    return static_cast<std::size_t>(mix(first, second));
 }
 
 // Whether home lies in the cyclic range (from, to].
