@@ -21,11 +21,28 @@ std::uint64_t load64(const char* at) {
     return word;
 }
 
+std::uint64_t load32(const char* at) {
+    std::uint32_t word;
+    std::memcpy(&word, at, sizeof word);
+    return word;
+}
+
+// The last left bytes (1 to 7) before end, read in whole words, not byte by byte through
+// memory (which would stall the load that follows). Which bytes overlap is fixed by the
+// length, which the hash mixes in as well.
+std::uint64_t tail(const char* begin, const char* end, std::size_t left) {
+    if (end - begin >= 8) return load64(end - 8) >> (8 * (8 - left));
+    if (left >= 4) return load32(end - left) | load32(end - 4) << 32;
+    const auto byte = [](const char* at) { return std::uint64_t{static_cast<unsigned char>(*at)}; };
+    return byte(end - left) | byte(end - 1 - left / 2) << 8 | byte(end - 1) << 16;
+}
+
 // The whole key, sixteen bytes a round in two independent lanes: keys are mostly short, and
 // a hash that skipped bytes would let keys that differ only in the middle (URIs, dates)
 // pile up in one probe run.
 std::size_t hashOf(const QzCString& key) {
-    const char* at = key.data();
+    const char* const begin = key.data();
+    const char* at = begin;
     std::size_t left = key.length();
     std::uint64_t first = mix(Multiplier, left);
     std::uint64_t second = ~Multiplier;
@@ -38,11 +55,7 @@ std::size_t hashOf(const QzCString& key) {
         at += 8;
         left -= 8;
     }
-    if (left > 0) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, at, left);
-        second = mix(second, word);
-    }
+    if (left > 0) second = mix(second, tail(begin, at + left, left));
     return static_cast<std::size_t>(mix(first, second));
 }
 
