@@ -9,6 +9,7 @@
 #include "QzXmlName.h"
 #include "QzXmlNamespace.h"
 
+class QzXmlStringWriter;
 class QzXmlWriterScopes;
 
 /// The abstract base of XML writers: turns element starts, text, attributes and element ends
@@ -107,15 +108,20 @@ private:
     void writeTag(const QzCString& opening, const QzXmlName& name, const QzCString& closing);
     void writeAttribute(const QzCString& prefix, const QzCString& localName, const QzCString& value,
                         bool escape);
+    QzXmlStringWriter* directOutput();
+    void output(const QzCString& text);
+    void output(const char* bytes, unsigned long n);
 
     unsigned long indent_;
     unsigned long indentStep_;
     bool atLineStart_;
     std::unique_ptr<QzXmlWriterScopes> scopes_;
     // Reused from tag to tag, so that writing allocates nothing once they have grown.
-    QzCString tag_;                 ///< "<name" or "</name>"
-    QzXmlAttributeSet attributes_;  ///< the complete attribute set of the tag being written
-    std::vector<char> spill_;       ///< escaping buffer for strings too long for the stack
+    QzCString tag_;                        ///< "<name" or "</name>"
+    QzXmlAttributeSet attributes_;         ///< the complete attribute set of the tag being written
+    std::vector<char> spill_;              ///< escaping buffer for strings too long for the stack
+    QzXmlStringWriter* direct_ = nullptr;  ///< this, when exactly a QzXmlStringWriter
+    bool directKnown_ = false;             ///< direct_ has been decided
 };
 
 #endif

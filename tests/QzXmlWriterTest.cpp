@@ -228,3 +228,44 @@ TEST(QzXmlWriter, EscapesAtEveryPositionOfLongStrings) {
         }
     }
 }
+
+namespace {
+
+// A string writer that is not exactly QzXmlStringWriter, so its output takes the virtual
+// sink calls.
+class DerivedStringWriter : public QzXmlStringWriter {
+public:
+    using QzXmlStringWriter::QzXmlStringWriter;
+};
+
+}  // namespace
+
+// A plain QzXmlStringWriter fills its buffer directly; the bytes and every step of the
+// buffer's growth must be those that the sink calls give.
+TEST(QzXmlStringWriter, WritesDirectlyAsItsSinkCallsWould) {
+    for (unsigned long initial : {0ul, 1ul, 40ul, 5000ul}) {
+        QzXmlStringWriter direct(initial);
+        DerivedStringWriter derived(initial);
+        QzXmlAttributeSet attributes;
+        attributes.add(QzXmlName("id"), "a<b");
+        attributes.add(QzXmlName("v", QzXmlNamespace("p", "urn:p")), std::string(300, '"'));
+        for (int round = 0; round < 60; ++round) {
+            const std::string text(round * 37 % 700, round % 3 ? '&' : 'x');
+            for (QzXmlStringWriter* w : {static_cast<QzXmlStringWriter*>(&direct),
+                                         static_cast<QzXmlStringWriter*>(&derived)}) {
+                w->writeElementStart(QzXmlName("e", QzXmlNamespace("q", "urn:q")), attributes,
+                                     round % 5 == 0);
+                w->write(text, true);
+                w->write(text, false);
+                w->writeAttribute("a", text, round % 2 == 0);
+                w->writeNewLine();
+                w->incrementIndent();
+                if (round % 5 != 0)
+                    w->writeElementEnd(QzXmlName("e", QzXmlNamespace("q", "urn:q")));
+            }
+            ASSERT_EQ(derived.getString().std(), direct.getString().std())
+                << initial << " " << round;
+            ASSERT_EQ(derived.getCapacity(), direct.getCapacity()) << initial << " " << round;
+        }
+    }
+}

@@ -13,6 +13,9 @@
 #include <emmintrin.h>
 #endif
 
+#include <typeinfo>
+
+#include "QzXmlStringWriter.h"
 #include "QzXmlWriterScopes.h"
 
 const QzCString QzXmlWriter::XmlNamespaceTag("xmlns");
@@ -233,6 +236,24 @@ char* copyInto(const QzCString& text, char* out) {
     return out + text.length();
 }
 
+// Writes ` prefix:localName="value"` (no colon without a prefix) at out, escaping the value
+// when asked; returns the end.
+char* attributeInto(char* out, const QzCString& prefix, const QzCString& localName,
+                    const QzCString& value, bool escape) {
+    *out++ = ' ';
+    if (!prefix.empty()) {
+        out = copyInto(prefix, out);
+        *out++ = ':';
+    }
+    out = copyInto(localName, out);
+    *out++ = '=';
+    *out++ = '"';
+    out = escape ? escapeInto(value.data(), value.data() + value.length(), out, AttributeEscapes)
+                 : copyInto(value, out);
+    *out++ = '"';
+    return out;
+}
+
 // A buffer of at least the requested size: the fixed one on the stack when that is enough,
 // the writer's spill buffer up to SpillLimit, otherwise one from the heap for this call.
 class WorkBuffer {
@@ -335,7 +356,7 @@ void QzXmlWriter::writeSimpleElement(const QzCString& localName, const QzCString
 void QzXmlWriter::write(const QzCString& text, bool escape) {
     writeIndentChars();
     if (!escape) {
-        writeToSink(text);
+        output(text);
         return;
     }
     const char* begin = text.data();
@@ -343,11 +364,19 @@ void QzXmlWriter::write(const QzCString& text, bool escape) {
     const char* first = findEscape(begin, end, TextEscapes);
     // Nothing to replace: the text goes to the sink as it is, without a copy.
     if (first == end) {
-        writeToSink(begin, static_cast<unsigned long>(text.length()));
+        output(begin, static_cast<unsigned long>(text.length()));
         return;
     }
-    WorkBuffer buffer(text.length() * MaxTextGrowth, spill_);
     const std::size_t clean = static_cast<std::size_t>(first - begin);
+    const std::size_t size = text.length() * MaxTextGrowth;
+    QzXmlStringWriter* direct = directOutput();
+    if (char* room = direct ? direct->room(size) : nullptr) {
+        std::memcpy(room, begin, clean);
+        direct->advance(
+            static_cast<unsigned long>(escapeInto(first, end, room + clean, TextEscapes) - room));
+        return;
+    }
+    WorkBuffer buffer(size, spill_);
     std::memcpy(buffer.data(), begin, clean);
     const char* out = escapeInto(first, end, buffer.data() + clean, TextEscapes);
     writeToSink(buffer.data(), static_cast<unsigned long>(out - buffer.data()));
@@ -365,22 +394,46 @@ void QzXmlWriter::writeAttribute(const QzXmlName& name, const QzCString& value, 
 void QzXmlWriter::writeAttribute(const QzCString& prefix, const QzCString& localName,
                                  const QzCString& value, bool escape) {
     const std::size_t nameLength = localName.length() + (prefix.empty() ? 0 : prefix.length() + 1);
-    WorkBuffer buffer(
-        nameLength + value.length() * (escape ? MaxAttributeGrowth : 1) + AttributeFrame, spill_);
-    char* out = buffer.data();
-    *out++ = ' ';
-    if (!prefix.empty()) {
-        out = copyInto(prefix, out);
-        *out++ = ':';
-    }
-    out = copyInto(localName, out);
-    *out++ = '=';
-    *out++ = '"';
-    out = escape ? escapeInto(value.data(), value.data() + value.length(), out, AttributeEscapes)
-                 : copyInto(value, out);
-    *out++ = '"';
+    const std::size_t size =
+        nameLength + value.length() * (escape ? MaxAttributeGrowth : 1) + AttributeFrame;
     writeIndentChars();
+    QzXmlStringWriter* direct = directOutput();
+    if (char* room = direct ? direct->room(size) : nullptr) {
+        direct->advance(static_cast<unsigned long>(
+            attributeInto(room, prefix, localName, value, escape) - room));
+        return;
+    }
+    WorkBuffer buffer(size, spill_);
+    const char* out = attributeInto(buffer.data(), prefix, localName, value, escape);
     writeToSink(buffer.data(), static_cast<unsigned long>(out - buffer.data()));
+}
+
+// When the writer is exactly a QzXmlStringWriter, nothing overrides its sink operations, and
+// output may go straight into its buffer: the same bytes, the same growth, no virtual calls.
+// Where escaped text fits the buffer as it is, it is escaped in place, without a copy.
+QzXmlStringWriter* QzXmlWriter::directOutput() {
+    if (!directKnown_) {
+        direct_ = typeid(*this) == typeid(QzXmlStringWriter) ? static_cast<QzXmlStringWriter*>(this)
+                                                             : nullptr;
+        directKnown_ = true;
+    }
+    return direct_;
+}
+
+void QzXmlWriter::output(const QzCString& text) {
+    if (QzXmlStringWriter* direct = directOutput()) {
+        direct->append(text.data(), static_cast<unsigned long>(text.length()));
+    } else {
+        writeToSink(text);
+    }
+}
+
+void QzXmlWriter::output(const char* bytes, unsigned long n) {
+    if (QzXmlStringWriter* direct = directOutput()) {
+        direct->append(bytes, n);
+    } else {
+        writeToSink(bytes, n);
+    }
 }
 
 void QzXmlWriter::writeNewLine() {
