@@ -1,11 +1,13 @@
 #ifndef QZXMLSTRINGWRITER_H
 #define QZXMLSTRINGWRITER_H
 
-#include "QzXmlExport.h"
+#include <algorithm>
+#include <cstring>
 
 #include <memory>
 
 #include "QzCString.h"
+#include "QzXmlExport.h"
 #include "QzXmlWriter.h"
 
 /// A writer that collects its output in memory, in a buffer that at least doubles whenever
@@ -36,7 +38,28 @@ public:
     void reset() noexcept { length_ = 0; }
 
 private:
+    // The writer appends to the buffer directly when this class's sink operations are the
+    // final ones, skipping the virtual calls.
+    friend class QzXmlWriter;
+
+    /// writeToSink(const char*, unsigned long) itself.
+    void append(const char* bytes, unsigned long n) {
+        if (bytes == nullptr || n == 0) return;
+        if (length_ + n > capacity_) grow(std::max(2 * (capacity_ + n), MinimumGrowth));
+        std::memcpy(buffer_.get() + length_, bytes, n);
+        length_ += n;
+    }
+    /// Where the next n bytes would go when they fit without growing, null otherwise.
+    char* room(unsigned long n) noexcept {
+        return length_ + n <= capacity_ ? buffer_.get() + length_ : nullptr;
+    }
+    /// Takes n bytes written into room() as output.
+    void advance(unsigned long n) noexcept { length_ += n; }
     void grow(unsigned long capacity);
+
+    /// The first growth allocates at least this much, so that small documents grow once at
+    /// most.
+    static constexpr unsigned long MinimumGrowth = 4096;
 
     std::unique_ptr<char[]> buffer_;
     unsigned long length_;

@@ -1,13 +1,17 @@
 #ifndef QZXMLWRITER_H
 #define QZXMLWRITER_H
 
-#include "QzXmlExport.h"
+#include <memory>
+#include <vector>
 
 #include "QzCString.h"
+#include "QzXmlExport.h"
 #include "QzXmlAttributeSet.h"
 #include "QzXmlName.h"
 #include "QzXmlNamespace.h"
-#include "QzXmlNamespaceStack.h"
+
+class QzXmlStringWriter;
+class QzXmlWriterScopes;
 
 /// The abstract base of XML writers: turns element starts, text, attributes and element ends
 /// into escaped, namespace-qualified and optionally indented bytes, and hands every byte to
@@ -97,10 +101,28 @@ public:
     QzXmlAttributeSet getCompleteAttributeSet(const QzXmlAttributeSet& attributes);
 
 private:
+    void declareIfNecessary(const QzCString& prefix, const QzCString& uri);
+    bool registerNamespaces(const QzXmlAttributeSet& attributes);
+    bool carriesDeclarations(const QzXmlAttributeSet& attributes, std::size_t first) const;
+    const QzXmlAttributeSet& completeAttributes(const QzXmlAttributeSet& attributes);
+    QzXmlAttributeSet withInnermostDeclarations(const QzXmlAttributeSet& attributes) const;
+    void writeTag(const QzCString& opening, const QzXmlName& name, const QzCString& closing);
+    void writeAttribute(const QzCString& prefix, const QzCString& localName, const QzCString& value,
+                        bool escape);
+    QzXmlStringWriter* directOutput();
+    void output(const QzCString& text);
+    void output(const char* bytes, unsigned long n);
+
     unsigned long indent_;
     unsigned long indentStep_;
     bool atLineStart_;
-    QzXmlNamespaceStack namespaces_;
+    std::unique_ptr<QzXmlWriterScopes> scopes_;
+    // Reused from tag to tag, so that writing allocates nothing once they have grown.
+    QzCString tag_;                        ///< "<name" or "</name>"
+    QzXmlAttributeSet attributes_;         ///< the complete attribute set of the tag being written
+    std::vector<char> spill_;              ///< escaping buffer for strings too long for the stack
+    QzXmlStringWriter* direct_ = nullptr;  ///< this, when exactly a QzXmlStringWriter
+    bool directKnown_ = false;             ///< direct_ has been decided
 };
 
 #endif

@@ -181,3 +181,91 @@ TEST(QzXmlStringWriter, GrowsByDoublingFromAtLeast4096Bytes) {
     EXPECT_EQ(10000u, large.getCapacity());
     EXPECT_EQ(std::string(5000, 'a') + "b", large.getString().std());
 }
+
+// Long strings are scanned in blocks: a byte to replace must be found at every position,
+// in a block or in the rest after the last one, and bytes that only the other rules replace
+// (quotes in text, a carriage return in a value) must not stop the scan.
+TEST(QzXmlWriter, EscapesAtEveryPositionOfLongStrings) {
+    auto reference = [](const std::string& text, bool attribute) {
+        std::string out;
+        for (char c : text) {
+            switch (c) {
+                case '&':
+                    out += "&amp;";
+                    break;
+                case '<':
+                    out += "&lt;";
+                    break;
+                case '>':
+                    out += "&gt;";
+                    break;
+                case '\r':
+                    out += attribute ? "\r" : "&#xD;";
+                    break;
+                case '"':
+                    out += attribute ? "&quot;" : "\"";
+                    break;
+                case '\'':
+                    out += attribute ? "&apos;" : "'";
+                    break;
+                default:
+                    out += c;
+            }
+        }
+        return out;
+    };
+    for (std::size_t length = 1; length <= 40; ++length) {
+        for (std::size_t at = 0; at < length; ++at) {
+            for (char special : std::string("&<>\r\"'")) {
+                std::string text(length, 'x');
+                text[at / 3] = '\r';
+                text[at / 2] = '"';
+                text[at] = special;
+                ASSERT_EQ(reference(text, false), escapedText(text)) << length << " " << at;
+                ASSERT_EQ(" a=\"" + reference(text, true) + "\"", escapedAttribute(text))
+                    << length << " " << at;
+            }
+        }
+    }
+}
+
+namespace {
+
+// A string writer that is not exactly QzXmlStringWriter, so its output takes the virtual
+// sink calls.
+class DerivedStringWriter : public QzXmlStringWriter {
+public:
+    using QzXmlStringWriter::QzXmlStringWriter;
+};
+
+}  // namespace
+
+// A plain QzXmlStringWriter fills its buffer directly; the bytes and every step of the
+// buffer's growth must be those that the sink calls give.
+TEST(QzXmlStringWriter, WritesDirectlyAsItsSinkCallsWould) {
+    for (unsigned long initial : {0ul, 1ul, 40ul, 5000ul}) {
+        QzXmlStringWriter direct(initial);
+        DerivedStringWriter derived(initial);
+        QzXmlAttributeSet attributes;
+        attributes.add(QzXmlName("id"), "a<b");
+        attributes.add(QzXmlName("v", QzXmlNamespace("p", "urn:p")), std::string(300, '"'));
+        for (int round = 0; round < 60; ++round) {
+            const std::string text(round * 37 % 700, round % 3 ? '&' : 'x');
+            for (QzXmlStringWriter* w : {static_cast<QzXmlStringWriter*>(&direct),
+                                         static_cast<QzXmlStringWriter*>(&derived)}) {
+                w->writeElementStart(QzXmlName("e", QzXmlNamespace("q", "urn:q")), attributes,
+                                     round % 5 == 0);
+                w->write(text, true);
+                w->write(text, false);
+                w->writeAttribute("a", text, round % 2 == 0);
+                w->writeNewLine();
+                w->incrementIndent();
+                if (round % 5 != 0)
+                    w->writeElementEnd(QzXmlName("e", QzXmlNamespace("q", "urn:q")));
+            }
+            ASSERT_EQ(derived.getString().std(), direct.getString().std())
+                << initial << " " << round;
+            ASSERT_EQ(derived.getCapacity(), direct.getCapacity()) << initial << " " << round;
+        }
+    }
+}

@@ -3,13 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-namespace {
-
-// The first growth allocates at least this much, so that small documents grow once at most.
-constexpr unsigned long MinimumGrowth = 4096;
-
-}  // namespace
-
 QzXmlStringWriter::QzXmlStringWriter(unsigned long initialCapacity)
     : buffer_(initialCapacity > 0 ? new char[initialCapacity] : nullptr),
       length_(0),
@@ -22,10 +15,7 @@ void QzXmlStringWriter::writeToSink(const QzCString& text) {
 }
 
 void QzXmlStringWriter::writeToSink(const char* bytes, unsigned long n) {
-    if (bytes == nullptr || n == 0) return;
-    if (length_ + n > capacity_) grow(std::max(2 * (capacity_ + n), MinimumGrowth));
-    std::memcpy(buffer_.get() + length_, bytes, n);
-    length_ += n;
+    append(bytes, n);
 }
 
 void QzXmlStringWriter::writeToSink(char c) {

@@ -1,8 +1,22 @@
 #include "QzXmlWriter.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <memory>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+#include <typeinfo>
+
+#include "QzXmlStringWriter.h"
+#include "QzXmlWriterScopes.h"
 
 const QzCString QzXmlWriter::XmlNamespaceTag("xmlns");
 const QzCString QzXmlWriter::Colon(":");
@@ -35,6 +49,9 @@ constexpr char markupApos[] = "&apos;";
 
 // Small writes escape into a buffer on the stack, so that they do not allocate.
 constexpr std::size_t FixedBufferSize = 1024;
+// Larger ones use the writer's own buffer up to this size, and a buffer of their own beyond
+// it, so that one huge string does not leave the writer holding five times its size.
+constexpr std::size_t SpillLimit = 256 * 1024;
 // The longest replacement, "&quot;" or "&apos;", per input byte.
 constexpr std::size_t MaxAttributeGrowth = 6;
 // The longest text replacement, "&amp;" or "&#xD;".
@@ -109,19 +126,115 @@ bool startsWithEntity(const char* at, const char* end) {
     return false;
 }
 
+std::uint64_t load64(const char* at) {
+    std::uint64_t word;
+    std::memcpy(&word, at, sizeof word);
+    return word;
+}
+
+// The bytes of word (eight bytes of text, the first one lowest) that either table may
+// replace. The lowest set bit marks the first such byte; bits above it may be false alarms.
+std::uint64_t candidateBytes(std::uint64_t word) {
+    constexpr std::uint64_t Ones = 0x0101010101010101ull;
+    constexpr std::uint64_t Highs = 0x8080808080808080ull;
+    std::uint64_t found = 0;
+    for (const unsigned char c : {'&', '<', '>', '"', '\'', '\r'}) {
+        const std::uint64_t x = word ^ (Ones * c);
+        found |= (x - Ones) & ~x & Highs;
+    }
+    return found;
+}
+
+#ifdef __SSE2__
+// Sixteen bytes at a time while that many remain: the first byte that either table may
+// replace, or null.
+const char* findCandidateInBlocks(const char*& in, const char* end) {
+    const __m128i amp = _mm_set1_epi8('&');
+    const __m128i lt = _mm_set1_epi8('<');
+    const __m128i gt = _mm_set1_epi8('>');
+    const __m128i quot = _mm_set1_epi8('"');
+    const __m128i apos = _mm_set1_epi8('\'');
+    const __m128i cr = _mm_set1_epi8('\r');
+    for (; end - in >= 16; in += 16) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
+        const __m128i hits = _mm_or_si128(
+            _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, amp), _mm_cmpeq_epi8(bytes, lt)),
+                         _mm_or_si128(_mm_cmpeq_epi8(bytes, gt), _mm_cmpeq_epi8(bytes, quot))),
+            _mm_or_si128(_mm_cmpeq_epi8(bytes, apos), _mm_cmpeq_epi8(bytes, cr)));
+        if (const int mask = _mm_movemask_epi8(hits)) return in + __builtin_ctz(mask);
+    }
+    return nullptr;
+}
+#endif
+
+// The first byte from in on that either table may replace (or, in the last few bytes, that
+// table replaces), or end. begin is where the string starts: the last eight bytes of it are
+// read in one go even when some of them come before in.
+const char* findCandidate(const char* begin, const char* in, const char* end,
+                          const EscapeTable& table) {
+#ifdef __SSE2__
+    if (const char* found = findCandidateInBlocks(in, end)) return found;
+#endif
+    for (; end - in >= 8; in += 8) {
+        if (const std::uint64_t found = candidateBytes(load64(in))) {
+            return in + __builtin_ctzll(found) / 8;
+        }
+    }
+    if (in != end && end - begin >= 8) {
+        // Bits of the bytes before in are shifted out; one of them may leave a false alarm.
+        const auto before = static_cast<unsigned>(8 - (end - in));
+        const std::uint64_t found = candidateBytes(load64(end - 8)) >> (8 * before);
+        return found ? in + __builtin_ctzll(found) / 8 : end;
+    }
+    while (in != end && table[static_cast<unsigned char>(*in)] == Copy)
+        ++in;
+    return in;
+}
+
+// The first byte from in on that table replaces, or end.
+const char* findEscape(const char* in, const char* end, const EscapeTable& table) {
+    // Short strings (the whitespace between tags, most values) are quickest byte by byte.
+    if (end - in < 8) {
+        while (in != end && table[static_cast<unsigned char>(*in)] == Copy)
+            ++in;
+        return in;
+    }
+    const char* const begin = in;
+    for (;;) {
+        const char* candidate = findCandidate(begin, in, end, table);
+        if (candidate == end || table[static_cast<unsigned char>(*candidate)] != Copy) {
+            return candidate;
+        }
+        in = candidate + 1;
+    }
+}
+
 // Copies [in, end) to out, replacing the bytes that table marks; returns the end of the copy.
-// out must have room for the longest replacement per input byte.
+// out must have room for the longest replacement per input byte. Runs of bytes that stay are
+// copied whole.
 char* escapeInto(const char* in, const char* end, char* out, const EscapeTable& table) {
-    for (; in != end; ++in) {
-        const Escape escape = table[static_cast<unsigned char>(*in)];
-        if (escape == Copy || (escape == AmpersandUnlessEntity && startsWithEntity(in, end))) {
-            *out++ = *in;
+    for (;;) {
+        const char* run = findEscape(in, end, table);
+        std::memcpy(out, in, static_cast<std::size_t>(run - in));
+        out += run - in;
+        if (run == end) return out;
+        const Escape escape = table[static_cast<unsigned char>(*run)];
+        if (escape == AmpersandUnlessEntity && startsWithEntity(run, end)) {
+            *out++ = *run;
         } else {
             std::memcpy(out, Replacements[escape].text, Replacements[escape].length);
             out += Replacements[escape].length;
         }
+        in = run + 1;
     }
-    return out;
+}
+
+// Whether adding ns to attributes as a declaration would change nothing: an attribute of
+// the declaration's name (which unqualified attributes share) already has its URI as value.
+// Most tags carry every declaration of their scope, and then the set is written as given.
+bool hasNamespaceAttribute(const QzXmlAttributeSet& attributes, const QzXmlNamespace& ns) {
+    const auto found = attributes.find(QzXmlName(ns.getPrefix(), QzXmlNamespace::getXmlns()));
+    return found != attributes.end() && found->getValue() == ns.getURI();
 }
 
 char* copyInto(const QzCString& text, char* out) {
@@ -129,24 +242,56 @@ char* copyInto(const QzCString& text, char* out) {
     return out + text.length();
 }
 
+// Writes ` prefix:localName="value"` (no colon without a prefix) at out, escaping the value
+// when asked; returns the end.
+char* attributeInto(char* out, const QzCString& prefix, const QzCString& localName,
+                    const QzCString& value, bool escape) {
+    *out++ = ' ';
+    if (!prefix.empty()) {
+        out = copyInto(prefix, out);
+        *out++ = ':';
+    }
+    out = copyInto(localName, out);
+    *out++ = '=';
+    *out++ = '"';
+    out = escape ? escapeInto(value.data(), value.data() + value.length(), out, AttributeEscapes)
+                 : copyInto(value, out);
+    *out++ = '"';
+    return out;
+}
+
 // A buffer of at least the requested size: the fixed one on the stack when that is enough,
-// otherwise one from the heap.
+// the writer's spill buffer up to SpillLimit, otherwise one from the heap for this call.
 class WorkBuffer {
 public:
-    explicit WorkBuffer(std::size_t size)
-        : heap_(size > FixedBufferSize ? new char[size] : nullptr) {}
+    WorkBuffer(std::size_t size, std::vector<char>& spill) : data_(fixed_) {
+        if (size <= FixedBufferSize) return;
+        if (size <= SpillLimit) {
+            if (spill.size() < size)
+                spill.resize(std::min(std::max(size, 2 * spill.size()), SpillLimit));
+            data_ = spill.data();
+        } else {
+            heap_.reset(new char[size]);
+            data_ = heap_.get();
+        }
+    }
 
-    char* data() noexcept { return heap_ ? heap_.get() : fixed_; }
+    char* data() noexcept { return data_; }
 
 private:
     char fixed_[FixedBufferSize];
     std::unique_ptr<char[]> heap_;
+    char* data_;
 };
 
 }  // namespace
 
-QzXmlWriter::QzXmlWriter() : indent_(0), indentStep_(2), atLineStart_(false) {
-    namespaces_.pushScope();
+QzXmlWriter::QzXmlWriter()
+    : indent_(0),
+      indentStep_(2),
+      atLineStart_(false),
+      scopes_(std::make_unique<QzXmlWriterScopes>()) {
+    scopes_->pushScope();
 }
 
 QzXmlWriter::~QzXmlWriter() = default;
@@ -157,10 +302,10 @@ void QzXmlWriter::writeToSink(const char* bytes, unsigned long n) {
 
 void QzXmlWriter::writeElementStart(const QzXmlName& name, const QzXmlAttributeSet& attributes,
                                     bool isEmpty) {
-    namespaces_.pushScope();
+    scopes_->pushScope();
     addNamespaceToScopeIfNecessary(name.getNamespace());
-    write(StartTag + name.getQualifiedName(), false);
-    for (const QzXmlAttribute& attribute : getCompleteAttributeSet(attributes)) {
+    writeTag(StartTag, name, QzXmlAttributeSet::EmptyString);
+    for (const QzXmlAttribute& attribute : completeAttributes(attributes)) {
         const QzXmlName& attributeName = attribute.getName();
         // The default-namespace declaration is stored as "xmlns:" with an empty local name.
         if (attributeName.getPrefix() == XmlNamespaceTag && attributeName.getLocalName().empty()) {
@@ -170,7 +315,7 @@ void QzXmlWriter::writeElementStart(const QzXmlName& name, const QzXmlAttributeS
         }
     }
     if (isEmpty) {
-        namespaces_.popScope();
+        scopes_->popScope();
         write(UnpairedTag, false);
     } else {
         write(EndTag, false);
@@ -178,8 +323,21 @@ void QzXmlWriter::writeElementStart(const QzXmlName& name, const QzXmlAttributeS
 }
 
 void QzXmlWriter::writeElementEnd(const QzXmlName& name) {
-    write(StartEndTag + name.getQualifiedName() + EndTag, false);
-    namespaces_.popScope();
+    writeTag(StartEndTag, name, EndTag);
+    scopes_->popScope();
+}
+
+// The tag text goes to the sink in one piece, built in a string that keeps its capacity.
+void QzXmlWriter::writeTag(const QzCString& opening, const QzXmlName& name,
+                           const QzCString& closing) {
+    tag_.assign(opening);
+    if (!name.getPrefix().empty()) {
+        tag_ += name.getPrefix();
+        tag_ += ':';
+    }
+    tag_ += name.getLocalName();
+    tag_ += closing;
+    write(tag_, false);
 }
 
 void QzXmlWriter::writeSimpleElement(const QzXmlName& name, const QzCString& value,
@@ -204,32 +362,84 @@ void QzXmlWriter::writeSimpleElement(const QzCString& localName, const QzCString
 void QzXmlWriter::write(const QzCString& text, bool escape) {
     writeIndentChars();
     if (!escape) {
-        writeToSink(text);
+        output(text);
         return;
     }
-    WorkBuffer buffer(text.length() * MaxTextGrowth);
-    const char* end =
-        escapeInto(text.data(), text.data() + text.length(), buffer.data(), TextEscapes);
-    writeToSink(buffer.data(), static_cast<unsigned long>(end - buffer.data()));
-}
-
-void QzXmlWriter::writeAttribute(const QzCString& name, const QzCString& value, bool escape) {
-    WorkBuffer buffer(name.length() + value.length() * (escape ? MaxAttributeGrowth : 1) +
-                      AttributeFrame);
-    char* out = buffer.data();
-    *out++ = ' ';
-    out = copyInto(name, out);
-    *out++ = '=';
-    *out++ = '"';
-    out = escape ? escapeInto(value.data(), value.data() + value.length(), out, AttributeEscapes)
-                 : copyInto(value, out);
-    *out++ = '"';
-    writeIndentChars();
+    const char* begin = text.data();
+    const char* end = begin + text.length();
+    const char* first = findEscape(begin, end, TextEscapes);
+    // Nothing to replace: the text goes to the sink as it is, without a copy.
+    if (first == end) {
+        output(begin, static_cast<unsigned long>(text.length()));
+        return;
+    }
+    const std::size_t clean = static_cast<std::size_t>(first - begin);
+    const std::size_t size = text.length() * MaxTextGrowth;
+    QzXmlStringWriter* direct = directOutput();
+    if (char* room = direct ? direct->room(size) : nullptr) {
+        std::memcpy(room, begin, clean);
+        direct->advance(
+            static_cast<unsigned long>(escapeInto(first, end, room + clean, TextEscapes) - room));
+        return;
+    }
+    WorkBuffer buffer(size, spill_);
+    std::memcpy(buffer.data(), begin, clean);
+    const char* out = escapeInto(first, end, buffer.data() + clean, TextEscapes);
     writeToSink(buffer.data(), static_cast<unsigned long>(out - buffer.data()));
 }
 
+void QzXmlWriter::writeAttribute(const QzCString& name, const QzCString& value, bool escape) {
+    writeAttribute(QzXmlAttributeSet::EmptyString, name, value, escape);
+}
+
 void QzXmlWriter::writeAttribute(const QzXmlName& name, const QzCString& value, bool escape) {
-    writeAttribute(name.getQualifiedName(), value, escape);
+    writeAttribute(name.getPrefix(), name.getLocalName(), value, escape);
+}
+
+// Writes ` prefix:localName="value"`, or ` localName="value"` without a prefix.
+void QzXmlWriter::writeAttribute(const QzCString& prefix, const QzCString& localName,
+                                 const QzCString& value, bool escape) {
+    const std::size_t nameLength = localName.length() + (prefix.empty() ? 0 : prefix.length() + 1);
+    const std::size_t size =
+        nameLength + value.length() * (escape ? MaxAttributeGrowth : 1) + AttributeFrame;
+    writeIndentChars();
+    QzXmlStringWriter* direct = directOutput();
+    if (char* room = direct ? direct->room(size) : nullptr) {
+        direct->advance(static_cast<unsigned long>(
+            attributeInto(room, prefix, localName, value, escape) - room));
+        return;
+    }
+    WorkBuffer buffer(size, spill_);
+    const char* out = attributeInto(buffer.data(), prefix, localName, value, escape);
+    writeToSink(buffer.data(), static_cast<unsigned long>(out - buffer.data()));
+}
+
+// When the writer is exactly a QzXmlStringWriter, nothing overrides its sink operations, and
+// output may go straight into its buffer: the same bytes, the same growth, no virtual calls.
+// Where escaped text fits the buffer as it is, it is escaped in place, without a copy.
+QzXmlStringWriter* QzXmlWriter::directOutput() {
+    if (!directKnown_) {
+        direct_ = typeid(*this) == typeid(QzXmlStringWriter) ? static_cast<QzXmlStringWriter*>(this)
+                                                             : nullptr;
+        directKnown_ = true;
+    }
+    return direct_;
+}
+
+void QzXmlWriter::output(const QzCString& text) {
+    if (QzXmlStringWriter* direct = directOutput()) {
+        direct->append(text.data(), static_cast<unsigned long>(text.length()));
+    } else {
+        writeToSink(text);
+    }
+}
+
+void QzXmlWriter::output(const char* bytes, unsigned long n) {
+    if (QzXmlStringWriter* direct = directOutput()) {
+        direct->append(bytes, n);
+    } else {
+        writeToSink(bytes, n);
+    }
 }
 
 void QzXmlWriter::writeNewLine() {
@@ -245,34 +455,70 @@ void QzXmlWriter::writeIndentChars() {
 }
 
 void QzXmlWriter::addNamespace(const QzXmlNamespace& ns) {
-    namespaces_.addNamespace(ns);
+    scopes_->addNamespace(ns.getPrefix(), ns.getURI());
 }
 
 void QzXmlWriter::addNamespaceToScopeIfNecessary(const QzXmlNamespace& ns) {
-    if (ns.getURI() == QzXmlNamespace::getEmptyNamespace().getURI()) return;
-    // A prefixed namespace counts as declared when its URI is bound to any prefix, so a
-    // second prefix for the same URI is never declared.
-    const bool inScope = ns.getPrefix().empty()
-                             ? namespaces_.getURIForPrefix(ns.getPrefix()) == ns.getURI()
-                             : !namespaces_.getPrefixForURI(ns.getURI()).empty();
-    if (!inScope) namespaces_.addNamespace(ns);
+    declareIfNecessary(ns.getPrefix(), ns.getURI());
+}
+
+void QzXmlWriter::declareIfNecessary(const QzCString& prefix, const QzCString& uri) {
+    // The empty namespace has the empty URI.
+    if (uri.empty()) return;
+    if (prefix.empty()) {
+        if (scopes_->getDefaultURI() != uri) scopes_->addNamespace(prefix, uri);
+    } else {
+        // A prefixed namespace counts as declared when its URI is bound to any prefix, so a
+        // second prefix for the same URI is never declared.
+        scopes_->addNamespaceUnlessPrefixed(prefix, uri);
+    }
 }
 
 QzXmlAttributeSet QzXmlWriter::getCompleteAttributeSet(const QzXmlAttributeSet& attributes) {
-    QzXmlAttributeSet complete(attributes);
+    registerNamespaces(attributes);
+    return withInnermostDeclarations(attributes);
+}
+
+bool QzXmlWriter::registerNamespaces(const QzXmlAttributeSet& attributes) {
+    // Declarations made before (for the element's name) must be carried by the set too.
+    bool carried = carriesDeclarations(attributes, 0);
     for (const QzXmlAttribute& attribute : attributes) {
         const QzXmlName& name = attribute.getName();
         // Declarations, and with them every unqualified attribute, register their name as a
-        // prefix bound to their value.
-        if (QzXmlNamespace::matchXmlns(name.getNamespace())) {
-            addNamespaceToScopeIfNecessary(
-                QzXmlNamespace(name.getLocalName(), attribute.getValue()));
+        // prefix bound to their value; the attribute itself then carries that declaration.
+        // The xmlns namespace has the empty URI, as unqualified attributes have.
+        if (name.getURI().empty()) {
+            declareIfNecessary(name.getLocalName(), attribute.getValue());
         } else {
-            addNamespaceToScopeIfNecessary(name.getNamespace());
+            const std::size_t before = scopes_->innermostSize();
+            declareIfNecessary(name.getPrefix(), name.getURI());
+            carried = carried && carriesDeclarations(attributes, before);
         }
     }
-    for (const QzXmlNamespace& ns : namespaces_.getInnermostScope()) {
-        complete.addNamespaceAttribute(ns);
-    }
+    return carried;
+}
+
+bool QzXmlWriter::carriesDeclarations(const QzXmlAttributeSet& attributes,
+                                      std::size_t first) const {
+    bool carried = true;
+    scopes_->forEachInnermost(
+        [&](const QzXmlNamespace& ns) {
+            carried = carried && hasNamespaceAttribute(attributes, ns);
+        },
+        first);
+    return carried;
+}
+
+const QzXmlAttributeSet& QzXmlWriter::completeAttributes(const QzXmlAttributeSet& attributes) {
+    if (registerNamespaces(attributes)) return attributes;
+    attributes_ = withInnermostDeclarations(attributes);
+    return attributes_;
+}
+
+QzXmlAttributeSet QzXmlWriter::withInnermostDeclarations(
+    const QzXmlAttributeSet& attributes) const {
+    QzXmlAttributeSet complete(attributes);
+    scopes_->forEachInnermost(
+        [&complete](const QzXmlNamespace& ns) { complete.addNamespaceAttribute(ns); });
     return complete;
 }
