@@ -214,7 +214,13 @@ private:
     mutable QzCString prefixScratch_;
     std::vector<QzXmlAttribute> staged_;  ///< attributes of the tag being read, in order
     std::size_t stagedCount_ = 0;
-    std::vector<std::uint32_t> order_;  ///< sort permutation of staged_
+    // A staged attribute's place in the sort: its local name's first bytes, then its index.
+    struct SortKey {
+        std::uint64_t head;
+        std::uint64_t next;
+        std::uint32_t index;
+    };
+    std::vector<SortKey> order_;  ///< sort permutation of staged_
 };
 
 #endif

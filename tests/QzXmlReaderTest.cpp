@@ -451,6 +451,16 @@ TEST(QzXmlReader, HugeTags) {
     EXPECT_EQ("a0", many.begin()->getName().getLocalName().std());
     EXPECT_EQ("99999", many.find(QzXmlName("a99999"))->getValue().std());
 
+    // Names alike in their first sixteen bytes, bytes above 0x7F and a repeated name.
+    QzXmlReader alike(
+        "<e abcdefghijklmnopZ='1' \xC3\xA9='2' b='3' abcdefghijklmnop='4' "
+        "abcdefghijklmnopA='5' b='6'/>");
+    alike.readNextNode();
+    std::string order;
+    for (const QzXmlAttribute& a : alike.getCurrentAttributes())
+        order += a.getName().getLocalName().std() + "=" + a.getValue().std() + " ";
+    EXPECT_EQ("abcdefghijklmnop=4 abcdefghijklmnopA=5 abcdefghijklmnopZ=1 b=6 \xC3\xA9=2 ", order);
+
     QzXmlReader ns{QzCString("<p7:e" + uses + decls + "/>")};
     ns.readNextNode();
     EXPECT_EQ("u7", ns.getCurrentName().getURI().std());
