@@ -1,6 +1,6 @@
 #include "QzXmlSAXParser.h"
 
-#include <vector>
+#include <deque>
 
 #include "QzXmlContentHandler.h"
 #include "QzXmlParseError.h"
@@ -33,8 +33,9 @@ void QzXmlSAXParser::parse(const QzCString& document, const QzCString&) {
     if (contentHandler_ && !reader.getDeclaredVersion().empty()) {
         reportProlog(reader, *contentHandler_);
     }
-    // Open element names; slots are reused, so that their strings keep their capacity.
-    std::vector<QzXmlName> open;
+    // Open element names; slots are reused, so that their strings keep their capacity. A deque
+    // grows without moving the names already open, however deep the document nests.
+    std::deque<QzXmlName> open;
     std::size_t depth = 0;
     while (!reader.eof()) {
         reader.readNextNode();
