@@ -24,10 +24,8 @@ public:
         open_.pop_back();
         ++events_;
     }
-    void characters(const QzCString& text) override {
-        fuzzCheck(!text.empty(), "character events carry text");
-        ++events_;
-    }
+    // An empty CDATA section is a character event with no text, so text is not checked.
+    void characters(const QzCString&) override { ++events_; }
     void prolog(const QzXmlProlog&) override {
         fuzzCheck(events_ == 0, "the declaration comes first, once");
         ++events_;
