@@ -1,6 +1,7 @@
 #ifndef QZXMLNAMESPACESTACK_H
 #define QZXMLNAMESPACESTACK_H
 
+#include <deque>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -59,8 +60,8 @@ private:
                             KeyOf answerOf) const;
 
     // Scopes stay unallocated (null) until something is declared in them, so that a deep
-    // document costs no allocation per element.
-    mutable std::vector<std::shared_ptr<Scope>> scopes_;  ///< outermost first
+    // document costs no allocation per element; a deque, so that growing never moves them.
+    mutable std::deque<std::shared_ptr<Scope>> scopes_;  ///< outermost first
     Index byPrefix_;
     Index byURI_;
     // Once scopes are shared with a copy, either stack may add to them behind the other's
