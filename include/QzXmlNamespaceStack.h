@@ -1,14 +1,14 @@
 #ifndef QZXMLNAMESPACESTACK_H
 #define QZXMLNAMESPACESTACK_H
 
-#include "QzXmlExport.h"
-
+#include <deque>
 #include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include "QzCString.h"
+#include "QzXmlExport.h"
 #include "QzXmlNamespace.h"
 
 /// The namespace declarations in force, one scope per open element. Lookups search the
@@ -63,8 +63,8 @@ private:
                             KeyOf answerOf) const;
 
     // Scopes stay unallocated (null) until something is declared in them, so that a deep
-    // document costs no allocation per element.
-    mutable std::vector<std::shared_ptr<Scope>> scopes_;  ///< outermost first
+    // document costs no allocation per element; a deque, so that growing never moves them.
+    mutable std::deque<std::shared_ptr<Scope>> scopes_;  ///< outermost first
     std::vector<std::shared_ptr<Scope>> spareScopes_;     ///< popped scopes kept for reuse
     std::size_t declarations_ = 0;                        ///< namespaces in all open scopes
     Index byPrefix_;

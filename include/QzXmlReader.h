@@ -119,7 +119,8 @@ private:
 
     // Input decoding.
     void readAndProcessBOM();
-    void transcodeDocument(const QzCString& encoding);
+    // Returns whether the text was converted (UTF-8 and US-ASCII only record the name).
+    bool transcodeDocument(const QzCString& encoding);
     QzCString transcode8859_1() const;
     QzCString transcodeUTF16BE();
     QzCString transcodeUTF16LE();
@@ -214,6 +215,7 @@ private:
     QzCString declaredStandalone_;
     bool encodingDeclared_ = false;
     bool standaloneDeclared_ = false;
+    bool declarationDecoded_ = false;  ///< an XML declaration has had the text converted
     QzXmlName currentName_;
     QzCString value_;
     QzXmlAttributeSet currentAttributes_;

@@ -114,6 +114,18 @@ TEST(QzXmlReader, CharacterClassTable) {
     EXPECT_EQ(0u, qzXmlCharClass(0x10000));
 }
 
+// Found by fuzzing: declarations alternating between two spellings of one encoding had the
+// rest of the text decoded again at each, doubling its non-ASCII bytes every time.
+TEST(QzXmlReader, DecodesTheTextOnceHoweverManyDeclarationsFollow) {
+    std::string doc = "<?xml version='1.0' encoding='ISO-8859-1'?><r>";
+    for (int i = 0; i < 8; ++i)
+        doc += "<?xml version='1' encoding='iso-8859-1'?><?xml version='1' encoding='ISO-8859-1'?>";
+    QzXmlReader reader{QzCString(doc + "caf\xE9</r>")};
+    reader.readElementStart("r");
+    EXPECT_EQ("caf\xC3\xA9", reader.readElementValue().std());
+    EXPECT_EQ("ISO-8859-1", reader.getEncodingName().std());
+}
+
 TEST(QzXmlReader, DetectsAndDecodesEncodings) {
     QzXmlReader plain("  <a/>");
     EXPECT_EQ("UTF-8", plain.getEncodingName().std());
@@ -438,6 +450,16 @@ TEST(QzXmlReader, HugeTags) {
     ASSERT_EQ(static_cast<QzSize_T>(kWide), many.size());
     EXPECT_EQ("a0", many.begin()->getName().getLocalName().std());
     EXPECT_EQ("99999", many.find(QzXmlName("a99999"))->getValue().std());
+
+    // Names alike in their first sixteen bytes, bytes above 0x7F and a repeated name.
+    QzXmlReader alike(
+        "<e abcdefghijklmnopZ='1' \xC3\xA9='2' b='3' abcdefghijklmnop='4' "
+        "abcdefghijklmnopA='5' b='6'/>");
+    alike.readNextNode();
+    std::string order;
+    for (const QzXmlAttribute& a : alike.getCurrentAttributes())
+        order += a.getName().getLocalName().std() + "=" + a.getValue().std() + " ";
+    EXPECT_EQ("abcdefghijklmnop=4 abcdefghijklmnopA=5 abcdefghijklmnopZ=1 b=6 \xC3\xA9=2 ", order);
 
     QzXmlReader ns{QzCString("<p7:e" + uses + decls + "/>")};
     ns.readNextNode();

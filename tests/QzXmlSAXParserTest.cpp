@@ -95,6 +95,19 @@ TEST(QzXmlSAXParser, UnmatchedEndTag) {
         EXPECT_EQ(12u, e.getColumn());
     }
     EXPECT_NO_THROW(parser.parse("<a><b/>x</a>"));
+    // Names match by URI and local name: the same bytes split otherwise, or another URI, do
+    // not match; another prefix for the same URI does.
+    EXPECT_THROW(parser.parse("<r xmlns:p='ab' xmlns:q='a'><p:c></q:bc></r>"), QzXmlParseError);
+    EXPECT_THROW(parser.parse("<p:a xmlns:p='u'></a>"), QzXmlParseError);
+    EXPECT_NO_THROW(parser.parse("<p:a xmlns:p='u'><q:b xmlns:q='u'></p:b></p:a>"));
+    // Deep nesting pops back to nothing open.
+    std::string deep;
+    for (int i = 0; i < 20000; ++i)
+        deep += "<e" + std::to_string(i % 7) + ">";
+    for (int i = 19999; i >= 0; --i)
+        deep += "</e" + std::to_string(i % 7) + ">";
+    EXPECT_NO_THROW(parser.parse(QzCString(deep)));
+    EXPECT_THROW(parser.parse(QzCString(deep + "</e0>")), QzXmlParseError);
 }
 
 TEST(QzXmlSAXParser, HandlerExceptionAndReuse) {

@@ -393,13 +393,13 @@ void QzXmlReader::readAndProcessBOM() {
     encodingName_ = qzEncodingNames[0];
 }
 
-void QzXmlReader::transcodeDocument(const QzCString& encoding) {
+bool QzXmlReader::transcodeDocument(const QzCString& encoding) {
     encodingName_ = encoding;
     std::string upper = encoding.std();
     for (char& c : upper) {
         if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
     }
-    if (upper == "UTF-8" || upper == "US-ASCII") return;
+    if (upper == "UTF-8" || upper == "US-ASCII") return false;
     saveRawCopy();
     if (upper == "ISO-8859-1") {
         ownedText_ = transcode8859_1();
@@ -420,6 +420,7 @@ void QzXmlReader::transcodeDocument(const QzCString& encoding) {
     // The decoded copy is ours to release, also when the input was the caller's buffer.
     adoptOwnedText();
     rebaseRawCopy();
+    return true;
 }
 
 QzCString QzXmlReader::transcode8859_1() const {
@@ -523,7 +524,14 @@ void QzXmlReader::readXmlDecl() {
             QzCString encoding;
             readQuotedInto(encoding);
             encodingDeclared_ = true;
-            if (encoding != encodingName_) transcodeDocument(encoding);
+            if (encoding == encodingName_) continue;
+            // Text that one declaration decoded is not decoded again: alternating names such
+            // as "ISO-8859-1" and "iso-8859-1" would double every non-ASCII byte each time.
+            if (declarationDecoded_) {
+                encodingName_ = encoding;
+            } else {
+                declarationDecoded_ = transcodeDocument(encoding);
+            }
         } else if (b == 's') {
             skipBytes(9);
             skipToValue();

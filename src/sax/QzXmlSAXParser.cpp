@@ -1,5 +1,6 @@
 #include "QzXmlSAXParser.h"
 
+#include <string>
 #include <vector>
 
 #include "QzXmlContentHandler.h"
@@ -23,12 +24,39 @@ void reportProlog(const QzXmlReader& reader, QzXmlContentHandler& handler) {
     handler.prolog(prolog);
 }
 
-// Matching looks at the local name and URI only, so the prefix is not kept; a slot mostly
-// held the same name for a sibling before, which spares the copy.
-void keepOpen(QzXmlName& slot, const QzXmlName& name) {
-    if (slot.getLocalName() != name.getLocalName()) slot.setLocalName(name.getLocalName());
-    if (slot.getURI() != name.getURI()) slot.getNamespace().setURI(name.getURI());
-}
+// The names of the open elements, packed one after another into one string (each URI, then
+// its local name), so that a deeply nested document costs a few bytes a level, not a name.
+class OpenNames {
+public:
+    void push(const QzXmlName& name) {
+        const QzCString& uri = name.getURI();
+        const QzCString& local = name.getLocalName();
+        starts_.push_back({text_.size(), text_.size() + uri.length()});
+        text_.append(uri.data(), uri.length()).append(local.data(), local.length());
+    }
+    void pop() {
+        text_.resize(starts_.back().uri);
+        starts_.pop_back();
+    }
+    // Whether name (by local name and URI) is the innermost open element.
+    bool innermostIs(const QzXmlName& name) const {
+        if (starts_.empty()) return false;
+        const Start& top = starts_.back();
+        const QzCString& uri = name.getURI();
+        const QzCString& local = name.getLocalName();
+        return top.local - top.uri == uri.length() && text_.size() - top.local == local.length() &&
+               text_.compare(top.uri, uri.length(), uri.data(), uri.length()) == 0 &&
+               text_.compare(top.local, local.length(), local.data(), local.length()) == 0;
+    }
+
+private:
+    struct Start {
+        std::size_t uri;
+        std::size_t local;
+    };
+    std::string text_;
+    std::vector<Start> starts_;
+};
 
 }  // namespace
 
@@ -40,16 +68,13 @@ void QzXmlSAXParser::parse(const QzCString& document, const QzCString&) {
     if (contentHandler_ && !reader.getDeclaredVersion().empty()) {
         reportProlog(reader, *contentHandler_);
     }
-    // Open element names; slots are reused, so that their strings keep their capacity.
-    std::vector<QzXmlName> open;
-    std::size_t depth = 0;
+    OpenNames open;
     while (!reader.eof()) {
         reader.readNextNode();
         const QzXmlName& name = reader.getCurrentName();
         switch (reader.getNodeType()) {
             case QzXmlReader::StartTag:
-                if (depth == open.size()) open.emplace_back();
-                keepOpen(open[depth++], name);
+                open.push(name);
                 if (contentHandler_)
                     contentHandler_->startElement(name, reader.getCurrentAttributes());
                 break;
@@ -60,10 +85,10 @@ void QzXmlSAXParser::parse(const QzCString& document, const QzCString&) {
                 break;
             case QzXmlReader::EndTag:
                 // An end tag with nothing open is as unmatched as one closing the wrong element.
-                if (depth == 0 || open[depth - 1] != name) {
+                if (!open.innermostIs(name)) {
                     reader.err(QzCString("Unmatched start tag for ") + name.asString());
                 }
-                --depth;
+                open.pop();
                 if (contentHandler_) contentHandler_->endElement(name);
                 break;
             case QzXmlReader::Content:
