@@ -1,6 +1,6 @@
 #include "QzXmlSAXParser.h"
 
-#include <string>
+#include <cstring>
 #include <vector>
 
 #include "QzXmlContentHandler.h"
@@ -32,7 +32,8 @@ public:
         const QzCString& uri = name.getURI();
         const QzCString& local = name.getLocalName();
         starts_.push_back({text_.size(), text_.size() + uri.length()});
-        text_.append(uri.data(), uri.length()).append(local.data(), local.length());
+        text_.insert(text_.end(), uri.data(), uri.data() + uri.length());
+        text_.insert(text_.end(), local.data(), local.data() + local.length());
     }
     void pop() {
         text_.resize(starts_.back().uri);
@@ -42,11 +43,8 @@ public:
     bool innermostIs(const QzXmlName& name) const {
         if (starts_.empty()) return false;
         const Start& top = starts_.back();
-        const QzCString& uri = name.getURI();
-        const QzCString& local = name.getLocalName();
-        return top.local - top.uri == uri.length() && text_.size() - top.local == local.length() &&
-               text_.compare(top.uri, uri.length(), uri.data(), uri.length()) == 0 &&
-               text_.compare(top.local, local.length(), local.data(), local.length()) == 0;
+        return holds(top.uri, top.local, name.getURI()) &&
+               holds(top.local, text_.size(), name.getLocalName());
     }
 
 private:
@@ -54,7 +52,12 @@ private:
         std::size_t uri;
         std::size_t local;
     };
-    std::string text_;
+    bool holds(std::size_t first, std::size_t last, const QzCString& text) const {
+        return last - first == text.length() &&
+               (text.empty() || std::memcmp(text_.data() + first, text.data(), text.length()) == 0);
+    }
+    // A plain byte vector: its appends and truncations are inlined, unlike a string's.
+    std::vector<char> text_;
     std::vector<Start> starts_;
 };
 
