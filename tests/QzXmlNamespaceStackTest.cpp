@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
 
 #include "QzXmlAttributeSet.h"
 #include "QzXmlInternalError.h"
@@ -36,6 +37,27 @@ TEST(QzXmlNamespaceStack, InnerScopesHideOuterAndEarliestWinsWithinOne) {
     EXPECT_EQ(QzCString("q"), stack.getInnermostScope().back().getPrefix());
     stack.popScope();
     EXPECT_EQ(QzCString(), stack.getURIForPrefix("p"));
+}
+
+// Keys whose declarations have gone are kept for reuse and swept out in bulk: lookups must
+// never see them, whatever was declared and popped before.
+TEST(QzXmlNamespaceStack, KeysOutliveTheirDeclarationsUnseen) {
+    QzXmlNamespaceStack stack;
+    stack.pushScope();
+    stack.addNamespace(QzXmlNamespace("keep", "k"));
+    for (int i = 0; i < 1000; ++i) {
+        const QzCString prefix("p" + std::to_string(i % 300));
+        const QzCString uri("u" + std::to_string(i));
+        stack.pushScope();
+        stack.addNamespace(QzXmlNamespace(prefix, uri));
+        ASSERT_EQ(uri, stack.getURIForPrefix(prefix));
+        ASSERT_EQ(prefix, stack.getPrefixForURI(uri));
+        stack.popScope();
+        ASSERT_EQ(QzCString(), stack.getURIForPrefix(prefix));
+        ASSERT_EQ(QzCString(), stack.getPrefixForURI(uri));
+    }
+    EXPECT_EQ(QzCString("k"), stack.getURIForPrefix("keep"));
+    EXPECT_EQ(QzCString("keep"), stack.getPrefixForURI("k"));
 }
 
 TEST(QzXmlNamespaceStack, CopiesShareScopes) {

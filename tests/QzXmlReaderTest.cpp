@@ -292,6 +292,35 @@ TEST(QzXmlReader, TagsAndNamespaces) {
               trace("<r><_a/><:b/><c\xC3\x97\xE4\xB8\x80/></r>"));
 }
 
+// Names and attributes are filed into the slots of the tag before: every change of length,
+// prefix, namespace and count between neighbouring tags must still come out exact.
+TEST(QzXmlReader, TagsReuseTheSlotsOfTheTagBefore) {
+    QzXmlReader r(
+        QzCString("<r xmlns:p='u1' xmlns:q='u2'><a k='1' p:k='22'/><a k='3' p:k='44'/>"
+                  "<b q:k='long value' k=''/><b/><c xmlns='d' k='x'/><p:d p:k='5' q:k='6' k='7'/>"
+                  "<e k='a&amp;b' j='1'/><f k='abc' k='d' z=\"'\"/></r>"));
+    std::string out;
+    while (!r.eof()) {
+        r.readNextNode();
+        if (r.getNodeType() != QzXmlReader::EmptyElement) continue;
+        out += r.getCurrentName().asString().std() + "{" + r.getCurrentName().getURI().std() +
+               "}[" + attributes(r.getCurrentAttributes()) + "] ";
+    }
+    EXPECT_EQ(
+        "a{}[k{}=1 p:k{u1}=22] a{}[k{}=3 p:k{u1}=44] b{}[k{}= q:k{u2}=long value] b{}[] "
+        "c{d}[k{}=x xmlns{}=d] p:d{u1}[k{}=7 p:k{u1}=5 q:k{u2}=6] e{}[j{}=1 k{}=a&b] "
+        "f{}[k{}=d z{}='] ",
+        out);
+
+    // A tag that fails leaves no attributes behind.
+    QzXmlReader bad(QzCString("<r><a k='1'/><b k='2' /x></r>"));
+    bad.readNextNode();
+    bad.readNextNode();
+    EXPECT_EQ(1u, bad.getCurrentAttributes().size());
+    EXPECT_THROW(bad.readNextNode(), QzXmlParseError);
+    EXPECT_TRUE(bad.getCurrentAttributes().empty());
+}
+
 TEST(QzXmlReader, TextAndReferences) {
     EXPECT_EQ("a<bAB\xC3\xA9\xC3\xA9\xE2\x82\xAC&nbsp;'\"",
               text("<a>a&lt;b&#65;&#x42;&#xe9;&#xE9;&#x20AC;&nbsp;&apos;&quot;</a>"));
