@@ -230,7 +230,12 @@ private:
     std::vector<StagedAttribute> staged_;  ///< attributes of the tag being read, in order
     QzCString expandedValues_;             ///< the tag's attribute values that held references
     QzXmlNamespace declaration_;           ///< the declaration being added
-    std::vector<std::uint32_t> order_;     ///< sort permutation of staged_
+    // A staged attribute's place in the sort: the first bytes of its local name, its index.
+    struct SortKey {
+        std::uint64_t head;
+        std::uint32_t index;
+    };
+    std::vector<SortKey> order_;  ///< sort permutation of staged_
 };
 
 #endif

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <istream>
-#include <numeric>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -203,6 +202,15 @@ void setBytes(QzCString& target, const char* bytes, std::size_t length) {
 
 void setBytes(QzCString& target, const QzCString& source) {
     setBytes(target, source.data(), source.length());
+}
+
+// Up to the first eight bytes as a big-endian number, zeros after the end: since names hold no
+// zero byte, numbers order as the names do, and only equal numbers need the full comparison.
+std::uint64_t leadingBytes(const char* text, std::size_t length) {
+    std::uint64_t head = 0;
+    for (std::size_t i = 0; i < 8; ++i)
+        head = head << 8 | (i < length ? static_cast<Byte>(text[i]) : 0u);
+    return head;
 }
 
 // Names are short: a plain loop beats a call to memchr.
@@ -745,10 +753,11 @@ void QzXmlReader::commitAttributes() {
     filed.resize(count);
     std::size_t kept = 0;
     for (std::size_t first = 0, last; first < count; first = last) {
-        const StagedAttribute& name = staged_[order_[first]];
-        for (last = first + 1; last < count && compareNames(name, staged_[order_[last]]) == 0;)
+        const StagedAttribute& name = staged_[order_[first].index];
+        for (last = first + 1;
+             last < count && compareNames(name, staged_[order_[last].index]) == 0;)
             ++last;
-        fileAttribute(filed[kept++], name, staged_[order_[last - 1]]);
+        fileAttribute(filed[kept++], name, staged_[order_[last - 1].index]);
     }
     filed.resize(kept);
 }
@@ -765,19 +774,23 @@ int QzXmlReader::compareNames(const StagedAttribute& a, const StagedAttribute& b
 void QzXmlReader::sortAttributes() {
     const std::size_t count = staged_.size();
     order_.resize(count);
-    if (count <= 1) {
-        if (count == 1) order_[0] = 0;
-        return;
-    }
-    std::iota(order_.begin(), order_.end(), 0u);
+    for (std::uint32_t i = 0; i < count; ++i)
+        order_[i] = {0, i};
     std::size_t i = 1;
     while (i < count && compareNames(staged_[i - 1], staged_[i]) <= 0)
         ++i;
     if (i >= count) return;
+    // The sort mostly decides on the first bytes of the local names, held in the keys, so
+    // that a huge tag is sorted without a trip to the document per comparison.
+    for (SortKey& key : order_) {
+        const StagedAttribute& a = staged_[key.index];
+        key.head = leadingBytes(chars(a.name) + a.localStart, a.nameLength - a.localStart);
+    }
     // Ties go by position, which keeps the sort stable without the buffer stable_sort takes.
-    std::sort(order_.begin(), order_.end(), [this](std::uint32_t a, std::uint32_t b) {
-        const int c = compareNames(staged_[a], staged_[b]);
-        return c != 0 ? c < 0 : a < b;
+    std::sort(order_.begin(), order_.end(), [this](const SortKey& a, const SortKey& b) {
+        if (a.head != b.head) return a.head < b.head;
+        const int c = compareNames(staged_[a.index], staged_[b.index]);
+        return c != 0 ? c < 0 : a.index < b.index;
     });
 }
 
