@@ -65,6 +65,6 @@ private:
 
 }  // namespace
 
-std::vector<WorkloadSpec> expatWorkloads() {
-    return {makeSpec<ExpatWorkload>("expat", "expat")};
+std::vector<WorkloadEntry> expatWorkloads() {
+    return {makeEntry<ExpatWorkload>("expat", "expat")};
 }

@@ -199,8 +199,8 @@ private:
 
 }  // namespace
 
-std::vector<WorkloadSpec> libxml2Workloads() {
-    return {makeSpec<TextReaderWorkload>("libxml2-reader", "libxml2 xmlTextReader"),
-            makeSpec<Sax2Workload>("libxml2-sax2", "libxml2 SAX2"),
-            makeSpec<TextWriterWorkload>("libxml2-writer", "libxml2 xmlTextWriter", true)};
+std::vector<WorkloadEntry> libxml2Workloads() {
+    return {makeEntry<TextReaderWorkload>("libxml2-reader", "libxml2 xmlTextReader"),
+            makeEntry<Sax2Workload>("libxml2-sax2", "libxml2 SAX2"),
+            makeEntry<TextWriterWorkload>("libxml2-writer", "libxml2 xmlTextWriter", true)};
 }

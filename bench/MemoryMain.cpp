@@ -15,13 +15,13 @@ int main(int argc, char** argv) {
         return 2;
     }
     try {
-        const std::vector<WorkloadSpec> specs = selectWorkloads(argv[1]);
-        if (specs.size() != 1 || specs.front().name != argv[1]) {
+        const std::vector<WorkloadEntry> entries = selectWorkloads(argv[1]);
+        if (entries.size() != 1 || entries.front().name != argv[1]) {
             std::fprintf(stderr, "no workload %s\n", argv[1]);
             return 2;
         }
         const Document document(argv[2]);
-        std::unique_ptr<Workload> workload = specs.front().make();
+        std::unique_ptr<Workload> workload = entries.front().make();
         workload->load(document);
         workload->prepare();
         // No warm-up pass: what a pass keeps for the next one is part of what it needs.

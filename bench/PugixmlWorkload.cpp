@@ -65,6 +65,6 @@ private:
 
 }  // namespace
 
-std::vector<WorkloadSpec> pugixmlWorkloads() {
-    return {makeSpec<PugixmlWorkload>("pugixml", "pugixml in place + walk")};
+std::vector<WorkloadEntry> pugixmlWorkloads() {
+    return {makeEntry<PugixmlWorkload>("pugixml", "pugixml in place + walk")};
 }

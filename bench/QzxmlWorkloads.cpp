@@ -135,9 +135,9 @@ private:
 
 }  // namespace
 
-std::vector<WorkloadSpec> qzxmlWorkloads() {
-    return {makeSpec<ReaderWorkload>("qz-reader", "qzxml reader"),
-            makeSpec<EventParserWorkload>("qz-events", "qzxml event parser"),
-            makeSpec<CompareWorkload>("qz-compare", "qzxml compareXml"),
-            makeSpec<WriterWorkload>("qz-writer", "qzxml string writer", true)};
+std::vector<WorkloadEntry> qzxmlWorkloads() {
+    return {makeEntry<ReaderWorkload>("qz-reader", "qzxml reader"),
+            makeEntry<EventParserWorkload>("qz-events", "qzxml event parser"),
+            makeEntry<CompareWorkload>("qz-compare", "qzxml compareXml"),
+            makeEntry<WriterWorkload>("qz-writer", "qzxml string writer", true)};
 }

@@ -27,30 +27,30 @@ public:
 
 /// A workload as the harness lists it: a short name for filters and tables, a label for
 /// the chart, and whether it writes (its peer is a writer) or reads.
-struct WorkloadSpec {
+struct WorkloadEntry {
     std::string name;
     std::string label;
     bool writes;
     std::function<std::unique_ptr<Workload>()> make;
 };
 
-/// The spec of a workload class with a default constructor.
+/// The entry for a workload class with a default constructor.
 template <typename T>
-WorkloadSpec makeSpec(const char* name, const char* label, bool writes = false) {
+WorkloadEntry makeEntry(const char* name, const char* label, bool writes = false) {
     return {name, label, writes, [] { return std::make_unique<T>(); }};
 }
 
-std::vector<WorkloadSpec> qzxmlWorkloads();
-std::vector<WorkloadSpec> libxml2Workloads();
-std::vector<WorkloadSpec> expatWorkloads();
-std::vector<WorkloadSpec> xercesWorkloads();
-std::vector<WorkloadSpec> pugixmlWorkloads();
+std::vector<WorkloadEntry> qzxmlWorkloads();
+std::vector<WorkloadEntry> libxml2Workloads();
+std::vector<WorkloadEntry> expatWorkloads();
+std::vector<WorkloadEntry> xercesWorkloads();
+std::vector<WorkloadEntry> pugixmlWorkloads();
 
 /// Every workload, ours first, in the order of the result table.
-std::vector<WorkloadSpec> allWorkloads();
+std::vector<WorkloadEntry> allWorkloads();
 
 /// The workloads whose names start with one of the comma-separated prefixes (all for "").
-std::vector<WorkloadSpec> selectWorkloads(const std::string& filter);
+std::vector<WorkloadEntry> selectWorkloads(const std::string& filter);
 
 /// Whether name starts with one of the comma-separated prefixes in filter ("" matches all).
 bool matchesFilter(const std::string& name, const std::string& filter);

@@ -2,12 +2,12 @@
 
 #include "Workload.h"
 
-std::vector<WorkloadSpec> allWorkloads() {
-    std::vector<WorkloadSpec> all;
+std::vector<WorkloadEntry> allWorkloads() {
+    std::vector<WorkloadEntry> all;
     for (auto group :
          {qzxmlWorkloads, libxml2Workloads, expatWorkloads, xercesWorkloads, pugixmlWorkloads}) {
-        for (WorkloadSpec& spec : group())
-            all.push_back(std::move(spec));
+        for (WorkloadEntry& entry : group())
+            all.push_back(std::move(entry));
     }
     return all;
 }
@@ -21,10 +21,10 @@ bool matchesFilter(const std::string& name, const std::string& filter) {
     return false;
 }
 
-std::vector<WorkloadSpec> selectWorkloads(const std::string& filter) {
-    std::vector<WorkloadSpec> selected;
-    for (WorkloadSpec& spec : allWorkloads()) {
-        if (matchesFilter(spec.name, filter)) selected.push_back(std::move(spec));
+std::vector<WorkloadEntry> selectWorkloads(const std::string& filter) {
+    std::vector<WorkloadEntry> selected;
+    for (WorkloadEntry& entry : allWorkloads()) {
+        if (matchesFilter(entry.name, filter)) selected.push_back(std::move(entry));
     }
     return selected;
 }

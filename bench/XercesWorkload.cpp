@@ -80,6 +80,6 @@ private:
 
 }  // namespace
 
-std::vector<WorkloadSpec> xercesWorkloads() {
-    return {makeSpec<XercesWorkload>("xerces-sax2", "Xerces-C SAX2")};
+std::vector<WorkloadEntry> xercesWorkloads() {
+    return {makeEntry<XercesWorkload>("xerces-sax2", "Xerces-C SAX2")};
 }

@@ -40,7 +40,7 @@ struct Options {
 struct Row {
     std::string corpus;
     std::size_t bytes;
-    const WorkloadSpec* spec;
+    const WorkloadEntry* entry;
     Measurement measurement;
     std::string error;
 
@@ -68,8 +68,8 @@ bool parseOptions(int argc, char** argv, Options& options) {
         } else if (std::strcmp(argv[i], "--no-memory") == 0) {
             options.memory = false;
         } else if (std::strcmp(argv[i], "--list") == 0) {
-            for (const WorkloadSpec& spec : allWorkloads()) {
-                std::printf("%-16s %s\n", spec.name.c_str(), spec.label.c_str());
+            for (const WorkloadEntry& entry : allWorkloads()) {
+                std::printf("%-16s %s\n", entry.name.c_str(), entry.label.c_str());
             }
             std::exit(0);
         } else if (argv[i][0] == '-') {
@@ -81,11 +81,11 @@ bool parseOptions(int argc, char** argv, Options& options) {
     return !options.files.empty() && options.passes > 0;
 }
 
-Row measure(const Document& document, const WorkloadSpec& spec, const std::string& path,
+Row measure(const Document& document, const WorkloadEntry& entry, const std::string& path,
             const Options& options) {
-    Row row{document.name(), document.size(), &spec, {}, {}};
+    Row row{document.name(), document.size(), &entry, {}, {}};
     try {
-        std::unique_ptr<Workload> workload = spec.make();
+        std::unique_ptr<Workload> workload = entry.make();
         workload->load(document);
         row.measurement = timePasses(*workload, options.passes);
     } catch (const Qzxmsg& error) {
@@ -95,7 +95,7 @@ Row measure(const Document& document, const WorkloadSpec& spec, const std::strin
     }
     if (options.memory && row.error.empty()) {
         row.measurement.peakKiB =
-            measurePeakKiB(siblingProgram("qzxml-bench-memory"), spec.name, path);
+            measurePeakKiB(siblingProgram("qzxml-bench-memory"), entry.name, path);
     }
     return row;
 }
@@ -105,7 +105,7 @@ std::map<std::string, double> speeds(const std::vector<Row>& rows, const std::st
     std::map<std::string, double> result;
     for (const Row& row : rows) {
         if (row.corpus == corpus && row.error.empty()) {
-            result[row.spec->name] = row.megabytesPerSecond();
+            result[row.entry->name] = row.megabytesPerSecond();
         }
     }
     return result;
@@ -121,12 +121,12 @@ std::string ratio(double value, double base) {
 void printRow(std::FILE* out, const Row& row, const std::string& toExpat) {
     if (!row.error.empty()) {
         std::fprintf(out, "%-14s %8.2f  %-16s error: %s\n", row.corpus.c_str(), row.bytes / 1e6,
-                     row.spec->name.c_str(), row.error.c_str());
+                     row.entry->name.c_str(), row.error.c_str());
         return;
     }
     std::fprintf(out, "%-14s %8.2f  %-16s %9.1f %8s %14llu %10ld\n", row.corpus.c_str(),
-                 row.bytes / 1e6, row.spec->name.c_str(), row.megabytesPerSecond(), toExpat.c_str(),
-                 static_cast<unsigned long long>(row.measurement.checksum),
+                 row.bytes / 1e6, row.entry->name.c_str(), row.megabytesPerSecond(),
+                 toExpat.c_str(), static_cast<unsigned long long>(row.measurement.checksum),
                  row.measurement.peakKiB);
     std::fflush(out);
 }
@@ -136,10 +136,10 @@ void writeTsv(const std::string& file, const std::vector<Row>& rows) {
     out << "corpus\tbytes\tworkload\tlabel\twrites\tmb_per_s\tratio_to_expat\tchecksum\tpeak_kib\n";
     for (const Row& row : rows) {
         const double expat = speeds(rows, row.corpus)["expat"];
-        out << row.corpus << '\t' << row.bytes << '\t' << row.spec->name << '\t' << row.spec->label
-            << '\t' << (row.spec->writes ? 1 : 0) << '\t' << row.megabytesPerSecond() << '\t'
-            << ratio(row.megabytesPerSecond(), expat) << '\t' << row.measurement.checksum << '\t'
-            << row.measurement.peakKiB << '\n';
+        out << row.corpus << '\t' << row.bytes << '\t' << row.entry->name << '\t'
+            << row.entry->label << '\t' << (row.entry->writes ? 1 : 0) << '\t'
+            << row.megabytesPerSecond() << '\t' << ratio(row.megabytesPerSecond(), expat) << '\t'
+            << row.measurement.checksum << '\t' << row.measurement.peakKiB << '\n';
     }
 }
 
@@ -171,7 +171,7 @@ int main(int argc, char** argv) {
         std::fputs(Usage, stderr);
         return 2;
     }
-    const std::vector<WorkloadSpec> specs = selectWorkloads(options.workloads);
+    const std::vector<WorkloadEntry> entries = selectWorkloads(options.workloads);
     std::vector<Row> rows;
     std::vector<std::string> corpora;
     std::printf("%-14s %8s  %-16s %9s %8s %14s %10s\n", "corpus", "MB", "workload", "MB/s",
@@ -181,8 +181,8 @@ int main(int argc, char** argv) {
         if (!matchesFilter(document.name(), options.corpora)) continue;
         corpora.push_back(document.name());
         const std::size_t first = rows.size();
-        for (const WorkloadSpec& spec : specs) {
-            rows.push_back(measure(document, spec, path, options));
+        for (const WorkloadEntry& entry : entries) {
+            rows.push_back(measure(document, entry, path, options));
         }
         // Ratios need expat's figure, so the rows of a corpus are printed once all are in.
         const double expat = speeds(rows, document.name())["expat"];
