@@ -366,12 +366,12 @@ const Byte* QzXmlReader::scanNameRest(const Byte* start) {
 
 void QzXmlReader::readName(QzCString& name) {
     const Byte* start = scanName();
-    name.assign(reinterpret_cast<const char*>(start), cursor_ - start);
+    name.assign(chars(start), cursor_ - start);
 }
 
 void QzXmlReader::readName(QzXmlName& name) {
     const Byte* start = scanName();
-    resolveName(reinterpret_cast<const char*>(start), reinterpret_cast<const char*>(cursor_), name);
+    resolveName(chars(start), chars(cursor_), name);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -417,9 +417,8 @@ bool QzXmlReader::transcodeDocument(const QzCString& encoding) {
         ownedText_ = transcodeUTF16LE();
     } else {
         try {
-            ownedText_ = QzXmlUtils::convertCharset(
-                QzCString(reinterpret_cast<const char*>(cursor_), limit_ - cursor_), encoding,
-                QzCString("UTF-8"));
+            ownedText_ = QzXmlUtils::convertCharset(QzCString(chars(cursor_), limit_ - cursor_),
+                                                    encoding, QzCString("UTF-8"));
         } catch (const Qzxmsg& e) {
             err(QzCString("Couldn't transcode from input encoding '") + encoding +
                 QzCString("': ") + QzCString(e.why()));
@@ -571,7 +570,7 @@ QzXmlReader::Byte* QzXmlReader::findQuote() {
 
 void QzXmlReader::readQuotedInto(QzCString& text) {
     Byte* q = findQuote();
-    text.append(reinterpret_cast<const char*>(cursor_), q - cursor_);
+    text.append(chars(cursor_), q - cursor_);
     cursor_ = q + 1;
 }
 
@@ -623,8 +622,7 @@ void QzXmlReader::readTag() {
         currentAttributes_.clear();
         throw;
     }
-    resolveName(reinterpret_cast<const char*>(name), reinterpret_cast<const char*>(nameEnd),
-                currentName_);
+    resolveName(chars(name), chars(nameEnd), currentName_);
     if (nodeType_ == EmptyElement) namespaceStack_.popScope();
 }
 
@@ -695,7 +693,7 @@ void QzXmlReader::readAttributeValue(Byte quote, StagedAttribute& attribute) {
     }
     attribute.valueStart = expandedValues_.length();
     for (;;) {
-        expandedValues_.append(reinterpret_cast<const char*>(cursor_), stop - cursor_);
+        expandedValues_.append(chars(cursor_), stop - cursor_);
         cursor_ = stop;
         const Byte b = takeByte();
         if (b == quote) break;
@@ -899,8 +897,7 @@ bool QzXmlReader::readMarkupInContent() {
 }
 
 void QzXmlReader::errInvalidBang(Byte third) const {
-    err(QzCString("Invalid character sequence <!") +
-        QzCString(reinterpret_cast<const char*>(&third), 1));
+    err(QzCString("Invalid character sequence <!") + QzCString(chars(&third), 1));
 }
 
 void QzXmlReader::appendReference(QzCString& out) {
@@ -964,7 +961,7 @@ void QzXmlReader::readCDATA() {
         if (gt == nullptr) prematureEof();
         p = static_cast<Byte*>(gt);
         if (p - start >= 2 && p[-1] == ']' && p[-2] == ']') {
-            value_.append(reinterpret_cast<const char*>(start), p - 2 - start);
+            value_.append(chars(start), p - 2 - start);
             cursor_ = p + 1;
             return;
         }
@@ -1142,9 +1139,9 @@ QzCString QzXmlReader::readElement(const QzXmlName& name) {
     }
     currentAttributes_ = std::move(keptAttributes);
     value_.assign(copy.innerSaved);
-    value_.append(reinterpret_cast<const char*>(copy.inner), lastTagStart_ - copy.inner);
+    value_.append(chars(copy.inner), lastTagStart_ - copy.inner);
     result += copy.saved;
-    result.append(reinterpret_cast<const char*>(copy.start), cursor_ - copy.start);
+    result.append(chars(copy.start), cursor_ - copy.start);
     return result;
 }
 
@@ -1152,11 +1149,9 @@ QzCString QzXmlReader::readElement(const QzXmlName& name) {
 // is saved while the old buffer still exists, and the copy goes on from the new cursor.
 void QzXmlReader::saveRawCopy() {
     if (!rawCopy_) return;
-    rawCopy_->saved.append(reinterpret_cast<const char*>(rawCopy_->start),
-                           cursor_ - rawCopy_->start);
+    rawCopy_->saved.append(chars(rawCopy_->start), cursor_ - rawCopy_->start);
     if (rawCopy_->inner) {
-        rawCopy_->innerSaved.append(reinterpret_cast<const char*>(rawCopy_->inner),
-                                    cursor_ - rawCopy_->inner);
+        rawCopy_->innerSaved.append(chars(rawCopy_->inner), cursor_ - rawCopy_->inner);
     }
 }
 
