@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <functional>
+#include <malloc.h>
 #include <string>
 #include <vector>
 
@@ -137,6 +138,8 @@ Timing measure(const Shape& shape, std::size_t bytes) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    mallopt(M_TRIM_THRESHOLD, 1 << 30);
+    mallopt(M_MMAP_THRESHOLD, 1 << 30);
     const std::size_t maxMb = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 64;
     std::vector<std::size_t> sizes;
     for (std::size_t mb = 1; mb <= maxMb; mb *= 4)

@@ -3,13 +3,13 @@
 
 #include <deque>
 #include <memory>
-#include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "QzCString.h"
 #include "QzXmlExport.h"
 #include "QzXmlNamespace.h"
+
+class QzXmlNamespaceIndex;
 
 /// The namespace declarations in force, one scope per open element. Lookups search the
 /// innermost scope first and, within a scope, the declarations in the order they were added.
@@ -20,7 +20,7 @@
 class QZXML_API QzXmlNamespaceStack {
 public:
     /// No scope open.
-    QzXmlNamespaceStack() = default;
+    QzXmlNamespaceStack();
     /// A stack sharing the scopes that other holds now.
     QzXmlNamespaceStack(const QzXmlNamespaceStack& other);
     /// Drops this stack's scopes and shares the scopes that other holds now.
@@ -44,31 +44,19 @@ public:
 
 private:
     using Scope = std::vector<QzXmlNamespace>;
-    // Where the declaration that answers for a key lies: scope index and position in it.
-    struct Binding {
-        std::size_t scope;
-        std::size_t position;
-    };
-    // For each key, the bindings of the scopes that declare it, innermost last: a lookup
-    // costs one hash probe however deep the document.
-    using Index = std::unordered_map<std::string, std::vector<Binding>>;
     using KeyOf = const QzCString& (QzXmlNamespace::*)() const noexcept;
 
     void shareAll() const;
-    static void bind(Index& index, const QzCString& key, Binding binding);
-    void unbind(Index& index, const QzCString& key, std::size_t scope);
-    void sweep(Index& index);
     std::shared_ptr<Scope> newScope();
-    const QzCString& lookUp(const QzCString& key, const Index& index, KeyOf keyOf,
-                            KeyOf answerOf) const;
+    const QzCString& walk(const QzCString& key, KeyOf keyOf, KeyOf answerOf) const;
 
     // Scopes stay unallocated (null) until something is declared in them, so that a deep
     // document costs no allocation per element; a deque, so that growing never moves them.
     mutable std::deque<std::shared_ptr<Scope>> scopes_;  ///< outermost first
-    std::vector<std::shared_ptr<Scope>> spareScopes_;     ///< popped scopes kept for reuse
-    std::size_t declarations_ = 0;                        ///< namespaces in all open scopes
-    Index byPrefix_;
-    Index byURI_;
+    std::vector<std::shared_ptr<Scope>> spareScopes_;    ///< popped scopes kept for reuse
+    // Finds declarations without walking the scopes, while no copy shares them; created at
+    // the first declaration.
+    mutable std::unique_ptr<QzXmlNamespaceIndex> index_;
     // Once scopes are shared with a copy, either stack may add to them behind the other's
     // index, so lookups walk the scopes instead.
     mutable bool shared_ = false;

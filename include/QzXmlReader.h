@@ -167,6 +167,11 @@ private:
     void declareNamespace(const StagedAttribute& attribute);
     void commitAttributes();
     void sortAttributes();
+    struct Run;
+    void sortRuns();
+    bool loadHeads(const Run& run);
+    void radixSortHeads(std::size_t first, std::size_t last);
+    void sortByComparison(std::size_t first, std::size_t last);
     static int compareNames(const StagedAttribute& a, const StagedAttribute& b);
     void fileAttribute(QzXmlAttribute& filed, const StagedAttribute& name,
                        const StagedAttribute& value) const;
@@ -230,12 +235,21 @@ private:
     std::vector<StagedAttribute> staged_;  ///< attributes of the tag being read, in order
     QzCString expandedValues_;             ///< the tag's attribute values that held references
     QzXmlNamespace declaration_;           ///< the declaration being added
-    // A staged attribute's place in the sort: the first bytes of its local name, its index.
+    // A staged attribute's place in the sort: eight bytes of its local name, its index.
     struct SortKey {
         std::uint64_t head;
         std::uint32_t index;
     };
-    std::vector<SortKey> order_;  ///< sort permutation of staged_
+    // Keys order_[first, last) whose local names agree on their first depth bytes.
+    struct Run {
+        std::size_t first;
+        std::size_t last;
+        std::size_t depth;
+    };
+    static constexpr std::size_t ShortRun = 32;  ///< sorted by comparison from here down
+    std::vector<SortKey> order_;                 ///< sort permutation of staged_
+    std::vector<SortKey> sortScratch_;           ///< the radix sort's second buffer
+    std::vector<Run> runs_;                      ///< runs still to sort
 };
 
 #endif

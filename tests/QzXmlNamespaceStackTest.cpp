@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <random>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "QzXmlAttributeSet.h"
 #include "QzXmlInternalError.h"
@@ -39,25 +42,49 @@ TEST(QzXmlNamespaceStack, InnerScopesHideOuterAndEarliestWinsWithinOne) {
     EXPECT_EQ(QzCString(), stack.getURIForPrefix("p"));
 }
 
-// Keys whose declarations have gone are kept for reuse and swept out in bulk: lookups must
-// never see them, whatever was declared and popped before.
-TEST(QzXmlNamespaceStack, KeysOutliveTheirDeclarationsUnseen) {
+// Random pushes, pops and declarations over few keys, with bursts that grow the index and
+// pop most of it at once, checked against a walk of the scopes after every step. URIs are
+// first asked for midway, once declarations are in force.
+TEST(QzXmlNamespaceStack, IndexAnswersAsAWalkOfTheScopes) {
+    using Scope = std::vector<std::pair<std::string, std::string>>;
+    std::vector<Scope> model;
+    const auto walk = [&model](const std::string& key, bool byPrefix) {
+        for (auto scope = model.rbegin(); scope != model.rend(); ++scope) {
+            for (const auto& [prefix, uri] : *scope) {
+                if ((byPrefix ? prefix : uri) == key) return byPrefix ? uri : prefix;
+            }
+        }
+        return std::string();
+    };
+    // An outer scope that stays, so that popping a burst leaves declarations to index afresh.
     QzXmlNamespaceStack stack;
     stack.pushScope();
-    stack.addNamespace(QzXmlNamespace("keep", "k"));
-    for (int i = 0; i < 1000; ++i) {
-        const QzCString prefix("p" + std::to_string(i % 300));
-        const QzCString uri("u" + std::to_string(i));
-        stack.pushScope();
-        stack.addNamespace(QzXmlNamespace(prefix, uri));
-        ASSERT_EQ(uri, stack.getURIForPrefix(prefix));
-        ASSERT_EQ(prefix, stack.getPrefixForURI(uri));
-        stack.popScope();
-        ASSERT_EQ(QzCString(), stack.getURIForPrefix(prefix));
-        ASSERT_EQ(QzCString(), stack.getPrefixForURI(uri));
+    stack.addNamespace(QzXmlNamespace("p0", "u0"));
+    stack.addNamespace(QzXmlNamespace("p1", "u1"));
+    model.push_back({{"p0", "u0"}, {"p1", "u1"}});
+    std::mt19937 random(7);
+    for (int step = 0; step < 20000; ++step) {
+        const unsigned op = random() % 16;
+        if (op < 4 || op == 15) {
+            stack.pushScope();
+            model.emplace_back();
+        } else if (op < 11 && model.size() > 1) {
+            stack.popScope();
+            model.pop_back();
+        }
+        const int declarations = op == 15 ? 200 : op > 11 && model.size() > 1 ? 1 : 0;
+        for (int i = 0; i < declarations; ++i) {
+            const std::string prefix = "p" + std::to_string(random() % (op == 15 ? 300 : 8));
+            const std::string uri = "u" + std::to_string(random() % 8);
+            stack.addNamespace(QzXmlNamespace(QzCString(prefix), QzCString(uri)));
+            model.back().emplace_back(prefix, uri);
+        }
+        const std::string key = std::to_string(random() % 10);
+        ASSERT_EQ(walk("p" + key, true), stack.getURIForPrefix(QzCString("p" + key)).std());
+        if (step > 5000) {
+            ASSERT_EQ(walk("u" + key, false), stack.getPrefixForURI(QzCString("u" + key)).std());
+        }
     }
-    EXPECT_EQ(QzCString("k"), stack.getURIForPrefix("keep"));
-    EXPECT_EQ(QzCString("keep"), stack.getPrefixForURI("k"));
 }
 
 TEST(QzXmlNamespaceStack, CopiesShareScopes) {

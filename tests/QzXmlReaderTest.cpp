@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <memory>
+#include <random>
 #include <sstream>
 #include <string>
 
@@ -489,6 +490,36 @@ TEST(QzXmlReader, HugeTags) {
     for (const QzXmlAttribute& a : alike.getCurrentAttributes())
         order += a.getName().getLocalName().std() + "=" + a.getValue().std() + " ";
     EXPECT_EQ("abcdefghijklmnop=4 abcdefghijklmnopA=5 abcdefghijklmnopZ=1 b=6 \xC3\xA9=2 ", order);
+
+    // Out of order, long enough for the radix sort: names that share eight, sixteen or more
+    // leading bytes, end inside or just past a block, repeat (first spelling, last value) and
+    // differ only in their prefixes; filed as one-by-one adds in document order would file
+    // them, the prefix text standing for the URI.
+    const std::string stems[] = {
+        "n", "xmlnz", "abcdefgh", "abcdefghijklmnop", "abcdefghijklmnopq", "\xC3\xA9t\xC3\xA9"};
+    const std::string prefixes[] = {"", "p:", "q:"};
+    std::mt19937 random(11);
+    std::string tag = "<e";
+    QzXmlAttributeSet expected;
+    for (int i = 0; i < 600; ++i) {
+        const std::string prefix = prefixes[random() % 3];
+        const std::string local = stems[random() % 6] + std::to_string(random() % 150);
+        const std::string value = std::to_string(i);
+        tag += " " + prefix + local + "='" + value + "'";
+        const std::string p = prefix.empty() ? "" : prefix.substr(0, 1);
+        expected.add(QzXmlName(QzCString(local), QzXmlNamespace(QzCString(p), QzCString(p))),
+                     QzCString(value));
+    }
+    QzXmlReader shuffled{QzCString(tag + "/>")};
+    shuffled.readNextNode();
+    const QzXmlAttributeSet& got = shuffled.getCurrentAttributes();
+    ASSERT_EQ(expected.size(), got.size());
+    auto want = expected.begin();
+    for (const QzXmlAttribute& a : got) {
+        ASSERT_EQ(want->getName().asString().std() + "=" + want->getValue().std(),
+                  a.getName().asString().std() + "=" + a.getValue().std());
+        ++want;
+    }
 
     QzXmlReader ns{QzCString("<p7:e" + uses + decls + "/>")};
     ns.readNextNode();

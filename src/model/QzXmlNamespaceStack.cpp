@@ -1,9 +1,11 @@
 #include "QzXmlNamespaceStack.h"
 
-#include <algorithm>
-
 #include "QzXmlAttributeSet.h"
 #include "QzXmlInternalError.h"
+#include "QzXmlNamespaceIndex.h"
+
+// Out of line, with the destructor, where the index type is complete.
+QzXmlNamespaceStack::QzXmlNamespaceStack() = default;
 
 QzXmlNamespaceStack::QzXmlNamespaceStack(const QzXmlNamespaceStack& other) {
     *this = other;
@@ -13,23 +15,22 @@ QzXmlNamespaceStack& QzXmlNamespaceStack::operator=(const QzXmlNamespaceStack& o
     if (this != &other) {
         other.shareAll();
         scopes_ = other.scopes_;
-        byPrefix_ = other.byPrefix_;
-        byURI_ = other.byURI_;
-        declarations_ = other.declarations_;
-        shared_ = true;
-        lastPrefixValid_ = false;
+        shareAll();
     }
     return *this;
 }
 
 QzXmlNamespaceStack::~QzXmlNamespaceStack() = default;
 
-// A copy must share every scope, also those still empty, so each gets its object now.
+// A copy must share every scope, also those still empty, so each gets its object now. Either
+// stack may then add to a shared scope behind the other's index, so neither keeps one.
 void QzXmlNamespaceStack::shareAll() const {
     for (std::shared_ptr<Scope>& scope : scopes_) {
         if (!scope) scope = std::make_shared<Scope>();
     }
     shared_ = true;
+    index_.reset();
+    lastPrefixValid_ = false;
 }
 
 void QzXmlNamespaceStack::pushScope() {
@@ -40,13 +41,7 @@ void QzXmlNamespaceStack::popScope() {
     if (scopes_.empty()) return;
     if (std::shared_ptr<Scope>& innermost = scopes_.back()) {
         lastPrefixValid_ = false;
-        for (const QzXmlNamespace& ns : *innermost) {
-            unbind(byPrefix_, ns.getPrefix(), scopes_.size() - 1);
-            unbind(byURI_, ns.getURI(), scopes_.size() - 1);
-        }
-        declarations_ -= std::min(declarations_, innermost->size());
-        sweep(byPrefix_);
-        sweep(byURI_);
+        if (index_) index_->removeScope(*innermost);
         // A scope no copy shares is kept for the next declaration, with its capacity.
         if (innermost.use_count() == 1) {
             innermost->clear();
@@ -63,11 +58,15 @@ void QzXmlNamespaceStack::addNamespace(const QzXmlNamespace& ns) {
     std::shared_ptr<Scope>& innermost = scopes_.back();
     if (!innermost) innermost = newScope();
     lastPrefixValid_ = false;
-    const Binding binding{scopes_.size() - 1, innermost->size()};
     innermost->push_back(ns);
-    ++declarations_;
-    bind(byPrefix_, ns.getPrefix(), binding);
-    bind(byURI_, ns.getURI(), binding);
+    if (shared_) return;
+    try {
+        if (!index_) index_ = std::make_unique<QzXmlNamespaceIndex>();
+        index_->add(*innermost, innermost->size() - 1);
+    } catch (...) {
+        innermost->pop_back();
+        throw;
+    }
 }
 
 std::shared_ptr<QzXmlNamespaceStack::Scope> QzXmlNamespaceStack::newScope() {
@@ -77,44 +76,23 @@ std::shared_ptr<QzXmlNamespaceStack::Scope> QzXmlNamespaceStack::newScope() {
     return scope;
 }
 
-// Within one scope the earliest declaration of a key answers, so a later one is not bound.
-void QzXmlNamespaceStack::bind(Index& index, const QzCString& key, Binding binding) {
-    std::vector<Binding>& bindings = index[key.std()];
-    if (bindings.empty() || bindings.back().scope != binding.scope) bindings.push_back(binding);
-}
-
-// A key left without bindings stays in the index, so that a document declaring the same
-// prefixes over and over does not allocate for them each time.
-void QzXmlNamespaceStack::unbind(Index& index, const QzCString& key, std::size_t scope) {
-    const auto found = index.find(key.std());
-    if (found == index.end() || found->second.empty() || found->second.back().scope != scope)
-        return;
-    found->second.pop_back();
-}
-
-// Sweeps only once dead keys outnumber the declarations in force, so that each declaration
-// pays for its key's removal at most once.
-void QzXmlNamespaceStack::sweep(Index& index) {
-    if (index.size() <= 64 + 2 * declarations_) return;
-    for (auto entry = index.begin(); entry != index.end();) {
-        entry = entry->second.empty() ? index.erase(entry) : std::next(entry);
-    }
-}
-
 // Documents use one prefix for long runs of names, so the last answer is kept until a
 // declaration comes or goes. A stack sharing scopes cannot see that happen, so it keeps none.
 const QzCString& QzXmlNamespaceStack::getURIForPrefix(const QzCString& prefix) const {
-    if (lastPrefixValid_ && !shared_ && prefix == lastPrefix_) return *lastURI_;
-    const QzCString& uri =
-        lookUp(prefix, byPrefix_, &QzXmlNamespace::getPrefix, &QzXmlNamespace::getURI);
+    if (shared_) return walk(prefix, &QzXmlNamespace::getPrefix, &QzXmlNamespace::getURI);
+    if (lastPrefixValid_ && prefix == lastPrefix_) return *lastURI_;
+    // A document without declarations never pays for hashing.
+    const QzXmlNamespace* found = index_ ? index_->findPrefix(prefix) : nullptr;
     lastPrefix_.assign(prefix);
-    lastURI_ = &uri;
+    lastURI_ = found ? &found->getURI() : &QzXmlAttributeSet::EmptyString;
     lastPrefixValid_ = true;
-    return uri;
+    return *lastURI_;
 }
 
 const QzCString& QzXmlNamespaceStack::getPrefixForURI(const QzCString& uri) const {
-    return lookUp(uri, byURI_, &QzXmlNamespace::getURI, &QzXmlNamespace::getPrefix);
+    if (shared_) return walk(uri, &QzXmlNamespace::getURI, &QzXmlNamespace::getPrefix);
+    const QzXmlNamespace* found = index_ ? index_->findURI(uri) : nullptr;
+    return found ? found->getPrefix() : QzXmlAttributeSet::EmptyString;
 }
 
 const std::vector<QzXmlNamespace>& QzXmlNamespaceStack::getInnermostScope() const {
@@ -124,16 +102,8 @@ const std::vector<QzXmlNamespace>& QzXmlNamespaceStack::getInnermostScope() cons
 
 // Innermost scope first, so inner declarations hide outer ones; within a scope the earliest
 // declaration wins.
-const QzCString& QzXmlNamespaceStack::lookUp(const QzCString& key, const Index& index, KeyOf keyOf,
-                                             KeyOf answerOf) const {
-    if (!shared_) {
-        // A document without declarations never pays for hashing.
-        if (index.empty()) return QzXmlAttributeSet::EmptyString;
-        const auto found = index.find(key.std());
-        if (found == index.end() || found->second.empty()) return QzXmlAttributeSet::EmptyString;
-        const Binding& binding = found->second.back();
-        return ((*scopes_[binding.scope])[binding.position].*answerOf)();
-    }
+const QzCString& QzXmlNamespaceStack::walk(const QzCString& key, KeyOf keyOf,
+                                           KeyOf answerOf) const {
     for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
         if (!*scope) continue;
         for (const QzXmlNamespace& ns : **scope) {

@@ -1,8 +1,10 @@
 #include "QzXmlReader.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <istream>
+#include <utility>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -778,18 +780,83 @@ void QzXmlReader::sortAttributes() {
     while (i < count && compareNames(staged_[i - 1], staged_[i]) <= 0)
         ++i;
     if (i >= count) return;
-    // The sort mostly decides on the first bytes of the local names, held in the keys, so
-    // that a huge tag is sorted without a trip to the document per comparison.
-    for (SortKey& key : order_) {
-        const StagedAttribute& a = staged_[key.index];
-        key.head = leadingBytes(chars(a.name) + a.localStart, a.nameLength - a.localStart);
+    sortRuns();
+}
+
+// A huge tag is sorted in time linear in its names' bytes, whatever their order: a run of
+// keys gets the next eight bytes of its local names as heads and is radix sorted by them,
+// which leaves runs of equal heads to sort in turn, eight bytes further in. Short runs, and
+// runs of local names equal to the end, are sorted by comparison.
+void QzXmlReader::sortRuns() {
+    std::vector<Run>& runs = runs_;
+    runs.assign(1, Run{0, order_.size(), 0});
+    while (!runs.empty()) {
+        const Run run = runs.back();
+        runs.pop_back();
+        if (run.last - run.first <= ShortRun) {
+            sortByComparison(run.first, run.last);
+            continue;
+        }
+        const bool namesGoOn = loadHeads(run);
+        radixSortHeads(run.first, run.last);
+        for (std::size_t first = run.first, last; first < run.last; first = last) {
+            for (last = first + 1; last < run.last && order_[last].head == order_[first].head;)
+                ++last;
+            if (last - first < 2) continue;
+            if (namesGoOn) {
+                runs.push_back(Run{first, last, run.depth + sizeof(std::uint64_t)});
+            } else {
+                sortByComparison(first, last);
+            }
+        }
     }
-    // Ties go by position, which keeps the sort stable without the buffer stable_sort takes.
-    std::sort(order_.begin(), order_.end(), [this](const SortKey& a, const SortKey& b) {
-        if (a.head != b.head) return a.head < b.head;
-        const int c = compareNames(staged_[a.index], staged_[b.index]);
-        return c != 0 ? c < 0 : a.index < b.index;
-    });
+}
+
+// Gives each key of run the bytes of its local name from run.depth on; whether any name goes
+// on past them.
+bool QzXmlReader::loadHeads(const Run& run) {
+    bool namesGoOn = false;
+    for (std::size_t k = run.first; k < run.last; ++k) {
+        const StagedAttribute& a = staged_[order_[k].index];
+        const std::size_t length = a.nameLength - a.localStart;
+        const std::size_t skip = std::min(length, run.depth);
+        order_[k].head = leadingBytes(chars(a.name) + a.localStart + skip, length - skip);
+        namesGoOn = namesGoOn || length > run.depth + sizeof(std::uint64_t);
+    }
+    return namesGoOn;
+}
+
+// Least significant byte first, each pass stable; a byte all heads share is skipped.
+void QzXmlReader::radixSortHeads(std::size_t first, std::size_t last) {
+    const std::size_t count = last - first;
+    std::array<std::array<std::uint32_t, 256>, sizeof(std::uint64_t)> counts{};
+    for (std::size_t k = first; k < last; ++k) {
+        for (std::size_t byte = 0; byte < counts.size(); ++byte)
+            ++counts[byte][order_[k].head >> (8 * byte) & 0xFF];
+    }
+    sortScratch_.resize(count);
+    SortKey* from = order_.data() + first;
+    SortKey* to = sortScratch_.data();
+    for (std::size_t byte = 0; byte < counts.size(); ++byte) {
+        std::array<std::uint32_t, 256>& bucket = counts[byte];
+        if (bucket[from[0].head >> (8 * byte) & 0xFF] == count) continue;
+        std::uint32_t start = 0;
+        for (std::uint32_t& n : bucket)
+            start += std::exchange(n, start);
+        for (std::size_t k = 0; k < count; ++k)
+            to[bucket[from[k].head >> (8 * byte) & 0xFF]++] = from[k];
+        std::swap(from, to);
+    }
+    if (from != order_.data() + first) std::copy(from, from + count, order_.data() + first);
+}
+
+// Ties go by position, which keeps the sort stable without the buffer stable_sort takes.
+void QzXmlReader::sortByComparison(std::size_t first, std::size_t last) {
+    std::sort(order_.begin() + first, order_.begin() + last,
+              [this](const SortKey& a, const SortKey& b) {
+                  const int c = compareNames(staged_[a.index], staged_[b.index]);
+                  return c != 0 ? c < 0 : a.index < b.index;
+              });
 }
 
 void QzXmlReader::fileAttribute(QzXmlAttribute& filed, const StagedAttribute& name,

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "QzCString.h"
+#include "QzXmlKeyIndex.h"
 #include "QzXmlNamespace.h"
 
 /// The writer's namespace scopes. The writer asks two questions only, which URI the default
@@ -17,8 +18,6 @@
 /// every unqualified attribute, so this is on its path for every attribute it writes.
 class QzXmlWriterScopes {
 public:
-    QzXmlWriterScopes();
-
     void pushScope();
     /// Closes the innermost scope; nothing when none is open.
     void popScope();
@@ -46,7 +45,7 @@ public:
     }
 
 private:
-    static constexpr std::int32_t None = -1;
+    static constexpr std::int32_t None = QzXmlKeyIndex::None;
 
     /// A declaration's place where its key is looked up: the declaration that answered for
     /// the key before it, and whether the key answers to it now.
@@ -62,34 +61,8 @@ private:
         Link defaultNamespace;  ///< for an empty prefix only
     };
 
-    /// Open addressing with linear probing from a URI to the declaration that answers for
-    /// it; keys are not copied, a slot compares against its declaration's own URI.
-    class Index {
-    public:
-        explicit Index(const std::vector<Declaration>& declarations);
-        /// The slot of uri: the one holding it, or the free one where it would go.
-        std::size_t slotOf(const QzCString& uri, std::size_t hash) const;
-        /// The slot that holds declaration under hash (it must be there); no key compare.
-        std::size_t slotHolding(std::size_t hash, std::int32_t declaration) const;
-        /// The declaration in a slot, None when it is free.
-        std::int32_t at(std::size_t slot) const { return slots_[slot].declaration; }
-        /// Puts declaration into a slot found by slotOf (slots found before are void then).
-        void put(std::size_t slot, std::size_t hash, std::int32_t declaration);
-        /// Frees a slot found by slotOf.
-        void vacate(std::size_t slot);
-
-    private:
-        struct Slot {
-            std::size_t hash;
-            std::int32_t declaration;  ///< None for a free slot
-        };
-        void grow();
-
-        const std::vector<Declaration>& declarations_;
-        std::vector<Slot> slots_;
-        std::size_t used_ = 0;
-    };
-
+    /// The slot of uri in byURI_.
+    std::size_t uriSlot(const QzCString& uri, std::size_t hash) const;
     void add(const QzCString& prefix, const QzCString& uri, std::size_t uriHash,
              std::size_t uriSlot);
     /// Whether a new declaration in the innermost scope takes over a key that answers to
@@ -99,7 +72,7 @@ private:
     std::vector<Declaration> declarations_;  ///< beyond count_, spares kept for their strings
     std::size_t count_ = 0;
     std::vector<std::size_t> scopeStarts_;  ///< first declaration of each open scope
-    Index byURI_;
+    QzXmlKeyIndex byURI_;
     std::int32_t defaultNamespace_ = None;  ///< the declaration that answers for ""
 };
 
