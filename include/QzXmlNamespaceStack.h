@@ -46,6 +46,16 @@ private:
     using Scope = std::vector<QzXmlNamespace>;
     using KeyOf = const QzCString& (QzXmlNamespace::*)() const noexcept;
 
+    // The reader appends a whole tag's declarations to the innermost scope at once, so that
+    // room is made for them in one go and they are indexed together.
+    friend class QzXmlReader;
+    /// The innermost scope with room for more declarations; QzXmlInternalError when no scope
+    /// is open.
+    Scope& innermostWithRoom(std::size_t more);
+    /// Indexes the innermost scope's declarations from position first on; should that fail,
+    /// they are taken out again.
+    void indexFrom(std::size_t first);
+
     void shareAll() const;
     std::shared_ptr<Scope> newScope();
     const QzCString& walk(const QzCString& key, KeyOf keyOf, KeyOf answerOf) const;

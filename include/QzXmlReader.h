@@ -164,8 +164,9 @@ private:
     void readEndTag();
     void readAttribute();
     void readAttributeValue(Byte quote, StagedAttribute& attribute);
-    void declareNamespace(const StagedAttribute& attribute);
     void commitAttributes();
+    static bool declares(const StagedAttribute& a);
+    void declareNamespaces(std::size_t count);
     void sortAttributes();
     struct Run;
     void sortRuns();
@@ -234,7 +235,6 @@ private:
     RawCopy* rawCopy_ = nullptr;           ///< the copy of the readElement call running
     std::vector<StagedAttribute> staged_;  ///< attributes of the tag being read, in order
     QzCString expandedValues_;             ///< the tag's attribute values that held references
-    QzXmlNamespace declaration_;           ///< the declaration being added
     // A staged attribute's place in the sort: eight bytes of its local name, its index.
     struct SortKey {
         std::uint64_t head;

@@ -96,7 +96,7 @@ std::size_t QzXmlKeyIndex::slotHolding(std::size_t hash, std::int32_t entry) con
 void QzXmlKeyIndex::put(std::size_t slot, std::size_t hash, std::int32_t entry) {
     if (slots_[slot].entry == None) ++used_;
     slots_[slot] = Slot{Hash(hash), entry};
-    if (2 * used_ > slots_.size()) grow();
+    if (2 * used_ > slots_.size()) rehash(2 * slots_.size());
 }
 
 // Backward-shift deletion: later entries of the probe run move up, so no tombstones are left.
@@ -127,8 +127,15 @@ std::size_t QzXmlKeyIndex::freeSlot(std::size_t hash) const {
     return at;
 }
 
-void QzXmlKeyIndex::grow() {
-    std::vector<Slot> old(2 * slots_.size(), Slot{0, None});
+void QzXmlKeyIndex::reserve(std::size_t more) {
+    std::size_t size = slots_.size();
+    while (2 * (used_ + more) > size)
+        size *= 2;
+    if (size != slots_.size()) rehash(size);
+}
+
+void QzXmlKeyIndex::rehash(std::size_t size) {
+    std::vector<Slot> old(size, Slot{0, None});
     old.swap(slots_);
     for (const Slot& slot : old) {
         if (slot.entry != None) slots_[freeSlot(slot.hash)] = slot;

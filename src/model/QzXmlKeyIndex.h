@@ -43,6 +43,12 @@ public:
     void insert(std::size_t hash, std::int32_t entry) { put(freeSlot(hash), hash, entry); }
     /// Frees every slot, keeping the room.
     void clear();
+    /// Makes room for more keys at once, so that adding them rehashes nothing.
+    void reserve(std::size_t more);
+    /// Starts loading the slot where a key of hash is first looked for.
+    void prefetch(std::size_t hash) const {
+        __builtin_prefetch(&slots_[hash & (slots_.size() - 1)]);
+    }
 
 private:
     // Slots hold the hash's low half only, which places them and settles most compares, so
@@ -53,7 +59,7 @@ private:
         std::int32_t entry;  ///< None for a free slot
     };
     std::size_t freeSlot(std::size_t hash) const;
-    void grow();
+    void rehash(std::size_t size);
 
     std::vector<Slot> slots_;
     std::size_t used_ = 0;

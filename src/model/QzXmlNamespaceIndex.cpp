@@ -1,37 +1,59 @@
 #include "QzXmlNamespaceIndex.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "QzXmlLengthError.h"
 
-// Should growing the key indexes fail, the entry is taken back out, with what it had linked.
-void QzXmlNamespaceIndex::add(const Scope& scope, std::size_t position) {
-    if (entries_.size() >= std::size_t{std::numeric_limits<std::int32_t>::max()}) {
+// The keys' slots are loaded a few declarations ahead, so that a huge tag's declarations
+// wait for memory together rather than one after another. Should anything fail, the
+// entries are taken back out, with what they had linked.
+void QzXmlNamespaceIndex::addFrom(const Scope& scope, std::size_t first) {
+    constexpr std::size_t Ahead = 8;
+    const std::size_t start = entries_.size();
+    const std::size_t count = scope.size() - first;
+    if (start + count > std::size_t{std::numeric_limits<std::int32_t>::max()}) {
         throw QzXmlLengthError(QzCString("too many namespace declarations in force"));
     }
-    const QzXmlNamespace& ns = scope[position];
-    const Link none{QzXmlKeyIndex::None, false};
-    entries_.push_back(
-        Entry{&scope, position, QzXmlKeyIndex::hashOf(ns.getPrefix()), 0, none, none});
-    const auto number = static_cast<std::int32_t>(entries_.size() - 1);
+    // A huge tag's entries are made room for at once; one at a time they grow as push_back would.
+    if (entries_.capacity() - start < count) {
+        entries_.reserve(std::max(start + count, 2 * entries_.capacity()));
+    }
     try {
-        linkPrefix(number);
-        if (urisIndexed_) linkURI(number);
+        for (std::size_t position = first; position < scope.size(); ++position)
+            entries_.push_back(newEntry(scope, position));
+        byPrefix_.reserve(count);
+        if (urisIndexed_) byURI_.reserve(count);
+        for (std::size_t e = start; e < entries_.size(); ++e) {
+            if (e + Ahead < entries_.size()) {
+                byPrefix_.prefetch(entries_[e + Ahead].prefixHash);
+                if (urisIndexed_) byURI_.prefetch(entries_[e + Ahead].uriHash);
+            }
+            linkKeys(static_cast<std::int32_t>(e));
+        }
     } catch (...) {
-        removeLast();
+        while (entries_.size() > start)
+            removeLast();
         throw;
     }
 }
 
-void QzXmlNamespaceIndex::linkPrefix(std::int32_t number) {
-    Entry& entry = entries_[static_cast<std::size_t>(number)];
-    entry.prefix = link(byPrefix_, &QzXmlNamespace::getPrefix, entry.prefixHash, number);
+QzXmlNamespaceIndex::Entry QzXmlNamespaceIndex::newEntry(const Scope& scope,
+                                                         std::size_t position) const {
+    const QzXmlNamespace& ns = scope[position];
+    const Link none{QzXmlKeyIndex::None, false};
+    return Entry{&scope,
+                 position,
+                 QzXmlKeyIndex::hashOf(ns.getPrefix()),
+                 urisIndexed_ ? QzXmlKeyIndex::hashOf(ns.getURI()) : 0,
+                 none,
+                 none};
 }
 
-void QzXmlNamespaceIndex::linkURI(std::int32_t number) {
+void QzXmlNamespaceIndex::linkKeys(std::int32_t number) {
     Entry& entry = entries_[static_cast<std::size_t>(number)];
-    entry.uriHash = QzXmlKeyIndex::hashOf(declaration(number).getURI());
-    entry.uri = link(byURI_, &QzXmlNamespace::getURI, entry.uriHash, number);
+    entry.prefix = link(byPrefix_, &QzXmlNamespace::getPrefix, entry.prefixHash, number);
+    if (urisIndexed_) entry.uri = link(byURI_, &QzXmlNamespace::getURI, entry.uriHash, number);
 }
 
 // Latest declaration first, so that each key gets back the entry it answered to before. A
@@ -94,8 +116,13 @@ const QzXmlNamespace* QzXmlNamespaceIndex::findURI(const QzCString& uri) {
 
 void QzXmlNamespaceIndex::indexURIs() {
     try {
-        for (std::size_t i = 0; i < entries_.size(); ++i)
-            linkURI(static_cast<std::int32_t>(i));
+        for (std::size_t i = 0; i < entries_.size(); ++i) {
+            Entry& entry = entries_[i];
+            entry.uriHash =
+                QzXmlKeyIndex::hashOf(declaration(static_cast<std::int32_t>(i)).getURI());
+            entry.uri =
+                link(byURI_, &QzXmlNamespace::getURI, entry.uriHash, static_cast<std::int32_t>(i));
+        }
     } catch (...) {
         byURI_.clear();
         for (Entry& entry : entries_)

@@ -15,8 +15,8 @@ class QzXmlNamespaceIndex {
 public:
     using Scope = std::vector<QzXmlNamespace>;
 
-    /// Indexes the declaration at position in scope, the innermost scope open.
-    void add(const Scope& scope, std::size_t position);
+    /// Indexes the declarations of scope, the innermost scope open, from position first on.
+    void addFrom(const Scope& scope, std::size_t first);
     /// Forgets the declarations of scope, the innermost scope open, before it is closed.
     void removeScope(const Scope& scope);
     /// The declaration that answers for prefix, or null.
@@ -48,8 +48,8 @@ private:
     const QzXmlNamespace& declaration(std::int32_t entry) const;
     std::size_t slotOf(const QzXmlKeyIndex& index, KeyOf keyOf, const QzCString& key,
                        std::size_t hash) const;
-    void linkPrefix(std::int32_t number);
-    void linkURI(std::int32_t number);
+    Entry newEntry(const Scope& scope, std::size_t position) const;
+    void linkKeys(std::int32_t number);
     void indexURIs();
     Link link(QzXmlKeyIndex& index, KeyOf keyOf, std::size_t hash, std::int32_t number);
     static void relink(QzXmlKeyIndex& index, std::size_t hash, const Link& link,

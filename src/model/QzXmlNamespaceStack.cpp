@@ -1,5 +1,7 @@
 #include "QzXmlNamespaceStack.h"
 
+#include <algorithm>
+
 #include "QzXmlAttributeSet.h"
 #include "QzXmlInternalError.h"
 #include "QzXmlNamespaceIndex.h"
@@ -52,19 +54,33 @@ void QzXmlNamespaceStack::popScope() {
 }
 
 void QzXmlNamespaceStack::addNamespace(const QzXmlNamespace& ns) {
+    Scope& innermost = innermostWithRoom(1);
+    innermost.push_back(ns);
+    indexFrom(innermost.size() - 1);
+}
+
+// Grows as push_back would, so that adding one at a time stays linear.
+QzXmlNamespaceStack::Scope& QzXmlNamespaceStack::innermostWithRoom(std::size_t more) {
     if (scopes_.empty()) {
         throw QzXmlInternalError(QzCString("addNamespace called with no namespace scope open"));
     }
     std::shared_ptr<Scope>& innermost = scopes_.back();
     if (!innermost) innermost = newScope();
+    if (innermost->capacity() - innermost->size() < more) {
+        innermost->reserve(std::max(innermost->size() + more, 2 * innermost->capacity()));
+    }
+    return *innermost;
+}
+
+void QzXmlNamespaceStack::indexFrom(std::size_t first) {
     lastPrefixValid_ = false;
-    innermost->push_back(ns);
     if (shared_) return;
+    Scope& innermost = *scopes_.back();
     try {
         if (!index_) index_ = std::make_unique<QzXmlNamespaceIndex>();
-        index_->add(*innermost, innermost->size() - 1);
+        index_->addFrom(innermost, first);
     } catch (...) {
-        innermost->pop_back();
+        innermost.erase(innermost.begin() + static_cast<std::ptrdiff_t>(first), innermost.end());
         throw;
     }
 }

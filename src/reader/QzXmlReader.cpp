@@ -677,8 +677,6 @@ void QzXmlReader::readAttribute() {
     if (quote != '"' && quote != '\'') err("invalid character in attribute definition");
     readAttributeValue(quote, attribute);
     staged_.push_back(attribute);
-    // Only a name starting "xmlns" declares; most attributes are turned away here.
-    if (*attribute.name == 'x') declareNamespace(attribute);
 }
 
 // Values are not normalised: line breaks, tabs and carriage returns are kept as they are. A
@@ -710,56 +708,65 @@ void QzXmlReader::readAttributeValue(Byte quote, StagedAttribute& attribute) {
     attribute.valueLength = expandedValues_.length() - attribute.valueStart;
 }
 
-// A declaration takes effect in document order, before the tag's prefixed names are resolved.
-void QzXmlReader::declareNamespace(const StagedAttribute& attribute) {
-    const char* name = chars(attribute.name);
-    const char* value =
-        attribute.value ? chars(attribute.value) : expandedValues_.data() + attribute.valueStart;
-    if (attribute.localStart == 0) {
-        if (!isXmlns(name, attribute.nameLength)) return;
-        setBytes(declaration_.prefix_, name, 0);
-    } else if (isXmlns(name, attribute.localStart - 1)) {
-        setBytes(declaration_.prefix_, name + attribute.localStart,
-                 attribute.nameLength - attribute.localStart);
-    } else {
-        return;
-    }
-    setBytes(declaration_.uri_, value, attribute.valueLength);
-    namespaceStack_.addNamespace(declaration_);
-}
-
 // Files the staged attributes as one-by-one adds to the set would, in n log n: sorted by name,
 // a repeated name keeps its first spelling and its last value. Until the tag is complete a
 // prefixed name's URI is its prefix text, and a default-namespace declaration's its value;
 // the filed names then get their real URIs without being re-sorted.
 void QzXmlReader::commitAttributes() {
+    std::size_t declarations = 0;
     for (StagedAttribute& a : staged_) {
         a.valueText = a.value ? chars(a.value) : expandedValues_.data() + a.valueStart;
         a.sortURI = chars(a.name);
-        if (a.localStart != 0) {
-            a.sortURILength = a.localStart - 1;
-        } else if (isXmlns(a.sortURI, a.nameLength)) {
+        a.sortURILength = a.localStart != 0 ? a.localStart - 1 : 0;
+        if (!declares(a)) continue;
+        ++declarations;
+        if (a.localStart == 0) {
             a.sortURI = a.valueText;
             a.sortURILength = a.valueLength;
-        } else {
-            a.sortURILength = 0;
         }
     }
+    if (declarations != 0) declareNamespaces(declarations);
     sortAttributes();
-    // Equal names sit side by side in document order: the first gives the name, the last the
-    // value.
+    // The slots of the tag before are reused; new ones are made as they are filled, so that a
+    // huge tag's attributes are written while they are in cache.
     const std::size_t count = staged_.size();
     std::vector<QzXmlAttribute>& filed = currentAttributes_.attributes_;
-    filed.resize(count);
+    filed.reserve(count);
     std::size_t kept = 0;
     for (std::size_t first = 0, last; first < count; first = last) {
         const StagedAttribute& name = staged_[order_[first].index];
         for (last = first + 1;
              last < count && compareNames(name, staged_[order_[last].index]) == 0;)
             ++last;
+        if (kept == filed.size()) filed.emplace_back();
         fileAttribute(filed[kept++], name, staged_[order_[last - 1].index]);
     }
     filed.resize(kept);
+}
+
+// "xmlns" declares the default namespace, "xmlns:p" the prefix p.
+bool QzXmlReader::declares(const StagedAttribute& a) {
+    return isXmlns(chars(a.name), a.localStart != 0 ? a.localStart - 1 : a.nameLength);
+}
+
+// A tag's declarations take effect together, in document order, before any of its names is
+// resolved; they go straight into the tag's scope.
+void QzXmlReader::declareNamespaces(std::size_t count) {
+    std::vector<QzXmlNamespace>& scope = namespaceStack_.innermostWithRoom(count);
+    const std::size_t first = scope.size();
+    try {
+        for (const StagedAttribute& a : staged_) {
+            if (!declares(a)) continue;
+            QzXmlNamespace& ns = scope.emplace_back();
+            const std::size_t prefixLength = a.localStart != 0 ? a.nameLength - a.localStart : 0;
+            setBytes(ns.prefix_, chars(a.name) + a.localStart, prefixLength);
+            setBytes(ns.uri_, a.valueText, a.valueLength);
+        }
+    } catch (...) {
+        scope.erase(scope.begin() + static_cast<std::ptrdiff_t>(first), scope.end());
+        throw;
+    }
+    namespaceStack_.indexFrom(first);
 }
 
 // Local name first, then the URI the attribute sorts by.
