@@ -727,26 +727,27 @@ void QzXmlReader::commitAttributes() {
     }
     if (declarations != 0) declareNamespaces(declarations);
     sortAttributes();
-    // The slots of the tag before are reused; new ones are made as they are filled, so that a
-    // huge tag's attributes are written while they are in cache.
+    // Equal names sit side by side in document order: the first gives the name, the last the
+    // value.
     const std::size_t count = staged_.size();
     std::vector<QzXmlAttribute>& filed = currentAttributes_.attributes_;
-    filed.reserve(count);
+    filed.resize(count);
     std::size_t kept = 0;
     for (std::size_t first = 0, last; first < count; first = last) {
         const StagedAttribute& name = staged_[order_[first].index];
         for (last = first + 1;
              last < count && compareNames(name, staged_[order_[last].index]) == 0;)
             ++last;
-        if (kept == filed.size()) filed.emplace_back();
         fileAttribute(filed[kept++], name, staged_[order_[last - 1].index]);
     }
     filed.resize(kept);
 }
 
-// "xmlns" declares the default namespace, "xmlns:p" the prefix p.
+// "xmlns" declares the default namespace, "xmlns:p" the prefix p; the first byte turns most
+// attributes away.
 bool QzXmlReader::declares(const StagedAttribute& a) {
-    return isXmlns(chars(a.name), a.localStart != 0 ? a.localStart - 1 : a.nameLength);
+    return *a.name == 'x' &&
+           isXmlns(chars(a.name), a.localStart != 0 ? a.localStart - 1 : a.nameLength);
 }
 
 // A tag's declarations take effect together, in document order, before any of its names is
@@ -787,7 +788,12 @@ void QzXmlReader::sortAttributes() {
     while (i < count && compareNames(staged_[i - 1], staged_[i]) <= 0)
         ++i;
     if (i >= count) return;
-    sortRuns();
+    if (count > ShortRun) {
+        sortRuns();
+        return;
+    }
+    loadHeads(Run{0, count, 0});
+    sortByComparison(0, count);
 }
 
 // A huge tag is sorted in time linear in its names' bytes, whatever their order: a run of
@@ -800,11 +806,11 @@ void QzXmlReader::sortRuns() {
     while (!runs.empty()) {
         const Run run = runs.back();
         runs.pop_back();
+        const bool namesGoOn = loadHeads(run);
         if (run.last - run.first <= ShortRun) {
             sortByComparison(run.first, run.last);
             continue;
         }
-        const bool namesGoOn = loadHeads(run);
         radixSortHeads(run.first, run.last);
         for (std::size_t first = run.first, last; first < run.last; first = last) {
             for (last = first + 1; last < run.last && order_[last].head == order_[first].head;)
@@ -857,10 +863,12 @@ void QzXmlReader::radixSortHeads(std::size_t first, std::size_t last) {
     if (from != order_.data() + first) std::copy(from, from + count, order_.data() + first);
 }
 
-// Ties go by position, which keeps the sort stable without the buffer stable_sort takes.
+// The heads mostly decide, without a trip to the document. Ties go by position, which keeps
+// the sort stable without the buffer stable_sort takes.
 void QzXmlReader::sortByComparison(std::size_t first, std::size_t last) {
     std::sort(order_.begin() + first, order_.begin() + last,
               [this](const SortKey& a, const SortKey& b) {
+                  if (a.head != b.head) return a.head < b.head;
                   const int c = compareNames(staged_[a.index], staged_[b.index]);
                   return c != 0 ? c < 0 : a.index < b.index;
               });
