@@ -2,8 +2,6 @@
 // libxml2, expat, Xerces-C and pugixml on the same documents, and prints MB/s, the ratio to
 // expat and the peak extra heap of a pass.
 
-#include <malloc.h>
-
 #include <cstdio>
 #include <cstring>
 #include <exception>
@@ -13,6 +11,7 @@
 #include <vector>
 
 #include "Measurement.h"
+#include "ProcessSetup.h"
 #include "Qzxmsg.h"
 #include "Workload.h"
 
@@ -162,10 +161,9 @@ void printTargets(const std::vector<Row>& rows, const std::vector<std::string>& 
 }  // namespace
 
 int main(int argc, char** argv) {
-    // Freed memory stays with the process, so that a tree parser's pages are reused from pass
-    // to pass like every other workload's buffers, instead of being faulted in afresh.
-    mallopt(M_TRIM_THRESHOLD, 1 << 30);
-    mallopt(M_MMAP_THRESHOLD, 1 << 30);
+    // A tree parser's pages are then reused from pass to pass like every other workload's
+    // buffers, instead of being faulted in afresh.
+    setUpProcess();
     Options options;
     if (!parseOptions(argc, argv, options)) {
         std::fputs(Usage, stderr);
