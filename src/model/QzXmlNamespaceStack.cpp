@@ -66,6 +66,8 @@ QzXmlNamespaceStack::Scope& QzXmlNamespaceStack::innermostWithRoom(std::size_t m
     }
     std::shared_ptr<Scope>& innermost = scopes_.back();
     if (!innermost) innermost = newScope();
+    // Making room may move the declaration the last answer points into.
+    lastPrefixValid_ = false;
     if (innermost->capacity() - innermost->size() < more) {
         innermost->reserve(std::max(innermost->size() + more, 2 * innermost->capacity()));
     }
@@ -73,7 +75,6 @@ QzXmlNamespaceStack::Scope& QzXmlNamespaceStack::innermostWithRoom(std::size_t m
 }
 
 void QzXmlNamespaceStack::indexFrom(std::size_t first) {
-    lastPrefixValid_ = false;
     if (shared_) return;
     Scope& innermost = *scopes_.back();
     try {
