@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "QzCString.h"
-#include "QzXmlExport.h"
 #include "QzXmlAttributeSet.h"
+#include "QzXmlExport.h"
 #include "QzXmlName.h"
 #include "QzXmlNamespace.h"
 
@@ -107,8 +107,10 @@ private:
     const QzXmlAttributeSet& completeAttributes(const QzXmlAttributeSet& attributes);
     QzXmlAttributeSet withInnermostDeclarations(const QzXmlAttributeSet& attributes) const;
     void writeTag(const QzCString& opening, const QzXmlName& name, const QzCString& closing);
-    void writeAttribute(const QzCString& prefix, const QzCString& localName, const QzCString& value,
-                        bool escape);
+    // Named apart from the public writeAttribute, so that a subclass's using-declaration
+    // does not reach a private overload.
+    void writePrefixedAttribute(const QzCString& prefix, const QzCString& localName,
+                                const QzCString& value, bool escape);
     QzXmlStringWriter* directOutput();
     void output(const QzCString& text);
     void output(const char* bytes, unsigned long n);

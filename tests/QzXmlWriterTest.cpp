@@ -269,3 +269,49 @@ TEST(QzXmlStringWriter, WritesDirectlyAsItsSinkCallsWould) {
         }
     }
 }
+
+namespace {
+
+// A writer that re-exports, under its own access, every operation of QzXmlWriter: none of
+// them may share its name with a private member of the writer or of the string writer.
+class ReexportingWriter : public QzXmlStringWriter {
+public:
+    using QzXmlStringWriter::flush;
+    using QzXmlStringWriter::getCapacity;
+    using QzXmlStringWriter::getLength;
+    using QzXmlStringWriter::getString;
+    using QzXmlStringWriter::reset;
+    using QzXmlStringWriter::writeToSink;
+    using QzXmlWriter::addNamespace;
+    using QzXmlWriter::addNamespaceToScopeIfNecessary;
+    using QzXmlWriter::decrementIndent;
+    using QzXmlWriter::getCompleteAttributeSet;
+    using QzXmlWriter::getIndent;
+    using QzXmlWriter::incrementIndent;
+    using QzXmlWriter::write;
+    using QzXmlWriter::writeAttribute;
+    using QzXmlWriter::writeElementEnd;
+    using QzXmlWriter::writeElementStart;
+    using QzXmlWriter::writeIndentChars;
+    using QzXmlWriter::writeNewLine;
+    using QzXmlWriter::writeSimpleElement;
+
+    // An overload of its own beside the re-exported ones.
+    void writeAttribute(const char* name, int value) {
+        writeAttribute(name, std::to_string(value), false);
+    }
+};
+
+}  // namespace
+
+TEST(QzXmlWriter, DerivedWriterReexportsEveryOperation) {
+    ReexportingWriter w;
+    const QzXmlName item("item", QzXmlNamespace("p", "urn:p"));
+    w.writeElementStart(item, QzXmlAttributeSet(), false);
+    w.writeAttribute("n", 7);
+    w.writeAttribute(QzXmlName("k"), "a\"b", true);
+    w.writeAttribute(QzCString("raw"), "&amp;<", true);
+    w.writeElementEnd(item);
+    EXPECT_EQ(w.getString().std(),
+              "<p:item xmlns:p=\"urn:p\"> n=\"7\" k=\"a&quot;b\" raw=\"&amp;&lt;\"</p:item>");
+}

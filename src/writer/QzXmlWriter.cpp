@@ -389,16 +389,16 @@ void QzXmlWriter::write(const QzCString& text, bool escape) {
 }
 
 void QzXmlWriter::writeAttribute(const QzCString& name, const QzCString& value, bool escape) {
-    writeAttribute(QzXmlAttributeSet::EmptyString, name, value, escape);
+    writePrefixedAttribute(QzXmlAttributeSet::EmptyString, name, value, escape);
 }
 
 void QzXmlWriter::writeAttribute(const QzXmlName& name, const QzCString& value, bool escape) {
-    writeAttribute(name.getPrefix(), name.getLocalName(), value, escape);
+    writePrefixedAttribute(name.getPrefix(), name.getLocalName(), value, escape);
 }
 
 // Writes ` prefix:localName="value"`, or ` localName="value"` without a prefix.
-void QzXmlWriter::writeAttribute(const QzCString& prefix, const QzCString& localName,
-                                 const QzCString& value, bool escape) {
+void QzXmlWriter::writePrefixedAttribute(const QzCString& prefix, const QzCString& localName,
+                                         const QzCString& value, bool escape) {
     const std::size_t nameLength = localName.length() + (prefix.empty() ? 0 : prefix.length() + 1);
     const std::size_t size =
         nameLength + value.length() * (escape ? MaxAttributeGrowth : 1) + AttributeFrame;
