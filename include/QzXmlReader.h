@@ -14,6 +14,8 @@
 #include "QzXmlNamespace.h"
 #include "QzXmlNamespaceStack.h"
 
+class QzXmlMarkupLog;
+
 /// Pull parser over one document held in memory. The constructor takes the input, decodes it
 /// to UTF-8 and reads the prolog, leaving the reader on the root element; the caller then
 /// walks the document with readNextNode or the element operations. Every syntax error throws
@@ -106,6 +108,13 @@ private:
 
     // The event parser reports its own unmatched-end-tag error at the reader's position.
     friend class QzXmlSAXParser;
+    // Document comparison needs node positions and the comments and processing instructions
+    // that reading skips.
+    friend class QzXmlInfosetWalker;
+
+    /// Copies the document and reads its prolog, recording skipped markup in log when given.
+    QzXmlReader(const QzCString& document, QzXmlMarkupLog* log);
+    void logMarkup(const Byte* open, bool inText);
 
     void adoptOwnedText();
     void readDocument();
@@ -136,7 +145,7 @@ private:
 
     // Prolog.
     void readProlog();
-    void readPIOrXmlDecl();
+    bool readPIOrXmlDecl();
     void readXmlDecl();
     void skipToValue();
     Byte* findQuote();
@@ -228,6 +237,7 @@ private:
     std::int32_t nodeType_ = NoNode;
     bool nodePending_ = false;
     bool expandReferences_ = true;
+    QzXmlMarkupLog* markupLog_ = nullptr;  ///< where skipped comments and PIs go, if anywhere
 
     // Scratch reused from tag to tag, so that reading allocates only when a tag or text
     // outgrows what an earlier one needed.

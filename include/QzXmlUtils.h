@@ -8,6 +8,8 @@
 #include "QzCString.h"
 #include "QzDate.h"
 #include "QzDateTime.h"
+#include "QzXmlCompareOptions.h"
+#include "QzXmlComparison.h"
 
 class QzXmlAttributeSet;
 class QzXmlName;
@@ -73,6 +75,13 @@ public:
     /// whitespace-only text where the other side has a tag, and an empty-element tag against
     /// a start tag closed at once. Throws QzXmlParseError when either text is malformed.
     static bool compareXml(const QzCString& first, const QzCString& second);
+    /// Whether two documents carry the same information, and if not their first difference
+    /// with its place in each: element and attribute names by namespace URI and local name,
+    /// attributes in any order, texts byte for byte, the rest as options says. Throws
+    /// QzXmlParseError when either text is malformed or has an unmatched end tag.
+    static QzXmlComparison compareDocuments(
+        const QzCString& first, const QzCString& second,
+        const QzXmlCompareOptions& options = QzXmlCompareOptions());
     /// Same size and, in set order, equal names and byte-equal values.
     static bool compareAttributeSet(const QzXmlAttributeSet& a, const QzXmlAttributeSet& b);
     /// Whether reader stands on a start tag that its next node closes at once (reading that

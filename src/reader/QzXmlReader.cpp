@@ -12,6 +12,7 @@
 
 #include "QzBoundsErr.h"
 #include "QzXmlCharInfo.h"
+#include "QzXmlMarkupLog.h"
 #include "QzXmlParseError.h"
 #include "QzXmlUtils.h"
 #include "Qzxmsg.h"
@@ -238,7 +239,10 @@ QzXmlReader::QzXmlReader(std::istream& input) {
     readDocument();
 }
 
-QzXmlReader::QzXmlReader(const QzCString& document) : ownedText_(document) {
+QzXmlReader::QzXmlReader(const QzCString& document) : QzXmlReader(document, nullptr) {}
+
+QzXmlReader::QzXmlReader(const QzCString& document, QzXmlMarkupLog* log)
+    : ownedText_(document), markupLog_(log) {
     adoptOwnedText();
     namespaceStack_.pushScope();
     readDocument();
@@ -260,6 +264,15 @@ void QzXmlReader::adoptOwnedText() {
 
 void QzXmlReader::readDocument() {
     readProlog();
+}
+
+// Records the comment or processing instruction that starts at open and was just read;
+// inText places it inside the text being read, at the length value_ has reached.
+void QzXmlReader::logMarkup(const Byte* open, bool inText) {
+    if (markupLog_ == nullptr) return;
+    markupLog_->entries.push_back({std::string(chars(open), cursor_ - open),
+                                   static_cast<std::size_t>(open - documentBuffer_),
+                                   inText ? value_.length() : QzXmlMarkupLog::BeforeNode});
 }
 
 // Line and column are worked out only here, never tracked while reading: only LF ends a line
@@ -475,17 +488,19 @@ void QzXmlReader::readProlog() {
     readAndProcessBOM();
     for (;;) {
         readS();
+        const Byte* open = cursor_;
         if (takeByte() != '<') err("First non-ws character in document wasn't '<'");
         const Byte next = takeByte();
         if (next == '!') {
             if (takeByte() == '-') {
                 readComment();
+                logMarkup(open, false);
             } else {
                 --cursor_;
                 readDocTypeDecl();
             }
         } else if (next == '?') {
-            readPIOrXmlDecl();
+            if (readPIOrXmlDecl()) logMarkup(open, false);
         } else {
             cursor_ -= 2;
             return;
@@ -493,12 +508,14 @@ void QzXmlReader::readProlog() {
     }
 }
 
-void QzXmlReader::readPIOrXmlDecl() {
+// Answers whether it was a processing instruction rather than a declaration (which may have
+// replaced the buffer).
+bool QzXmlReader::readPIOrXmlDecl() {
     QzCString target;
     readName(target);
     if (equals(target, "xml")) {
         readXmlDecl();
-        return;
+        return false;
     }
     // "??>" ends the instruction: a "?" that is not followed by ">" leaves that byte to be
     // examined afresh.
@@ -509,7 +526,7 @@ void QzXmlReader::readPIOrXmlDecl() {
         if (atEnd()) prematureEof();
         if (*cursor_ == '>') {
             ++cursor_;
-            return;
+            return true;
         }
     }
 }
@@ -957,9 +974,10 @@ void QzXmlReader::readContent() {
 // section and answers true, or answers false for a tag, which ends the text.
 bool QzXmlReader::readMarkupInContent() {
     if (limit_ - cursor_ < 2) prematureEof();
+    const Byte* open = cursor_;
     if (cursor_[1] == '?') {
         cursor_ += 2;
-        readPIOrXmlDecl();
+        if (readPIOrXmlDecl()) logMarkup(open, true);
         return true;
     }
     if (cursor_[1] != '!') return false;
@@ -968,6 +986,7 @@ bool QzXmlReader::readMarkupInContent() {
     if (third == '-') {
         cursor_ += 2;
         readComment();
+        logMarkup(open, true);
     } else if (third == '[') {
         cursor_ += 3;
         readCDATA();
@@ -1065,11 +1084,11 @@ void QzXmlReader::readNextNode() {
             readContent();
             return;
         }
-        ++cursor_;
+        const Byte* open = cursor_++;
         if (atEnd()) prematureEof();
         if (*cursor_ == '?') {
             ++cursor_;
-            readPIOrXmlDecl();
+            if (readPIOrXmlDecl()) logMarkup(open, false);
             if (atEnd()) prematureEof();
         } else if (*cursor_ == '!') {
             if (limit_ - cursor_ < 2) prematureEof();
@@ -1077,6 +1096,7 @@ void QzXmlReader::readNextNode() {
             if (next == '-') {
                 ++cursor_;
                 readComment();
+                logMarkup(open, false);
             } else if (next == '[') {
                 --cursor_;
                 readContent();

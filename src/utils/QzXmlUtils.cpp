@@ -1,6 +1,7 @@
 #include "QzXmlUtils.h"
 
 #include <algorithm>
+#include <string>
 
 #include "QzCTokenizer.h"
 #include "QzDate.h"
@@ -12,6 +13,7 @@
 #include "QzUToUnicodeConverter.h"
 #include "QzXmlAttributeSet.h"
 #include "QzXmlBadArgError.h"
+#include "QzXmlInfosetWalker.h"
 #include "QzXmlName.h"
 #include "QzXmlNamespace.h"
 #include "QzXmlReader.h"
@@ -271,5 +273,111 @@ bool QzXmlUtils::compareXml(const QzCString& first, const QzCString& second) {
                 if (!textIgnored && a.getValue() != b.getValue()) return false;
                 break;
         }
+    }
+}
+
+namespace {
+
+using Item = QzXmlInfosetWalker::Item;
+using Kind = QzXmlInfosetWalker::Kind;
+
+// A text in double quotes on one line: quotes, backslashes and control bytes escaped, and
+// cut to its first 60 bytes.
+std::string quoted(const QzCString& text) {
+    static const char hex[] = "0123456789abcdef";
+    constexpr std::size_t shown = 60;
+    std::string out = "\"";
+    for (std::size_t i = 0; i < text.length() && i < shown; ++i) {
+        const auto b = static_cast<unsigned char>(text.data()[i]);
+        if (b == '"' || b == '\\') {
+            out += '\\';
+            out += static_cast<char>(b);
+        } else if (b < 0x20) {
+            out += b == '\n' ? "\\n" : b == '\t' ? "\\t" : b == '\r' ? "\\r" : "\\x";
+            if (b != '\n' && b != '\t' && b != '\r') {
+                out += hex[b >> 4];
+                out += hex[b & 15];
+            }
+        } else {
+            out += static_cast<char>(b);
+        }
+    }
+    return out + (text.length() > shown ? "\"..." : "\"");
+}
+
+std::string describe(const Item& item) {
+    switch (item.kind) {
+        case Kind::StartElement:
+            return "element " + item.key.std();
+        case Kind::EndElement:
+            return "end of element " + item.key.std();
+        case Kind::Text:
+            return "text " + quoted(item.text);
+        case Kind::Comment:
+            return "comment " + quoted(item.text);
+        case Kind::ProcessingInstruction:
+            return "processing instruction " + item.key.std() + " " + quoted(item.text);
+        case Kind::End:
+            break;
+    }
+    return "end of document";
+}
+
+std::string describeAttribute(const std::pair<QzCString, QzCString>& attribute) {
+    return "attribute " + attribute.first.std() + "=" + quoted(attribute.second);
+}
+
+// The first attribute that one tag has and the other lacks or holds with another value.
+std::string attributeDifference(const Item& a, const Item& b) {
+    std::size_t i = 0, j = 0;
+    while (i < a.attributes.size() || j < b.attributes.size()) {
+        const bool onlyA =
+            j == b.attributes.size() ||
+            (i < a.attributes.size() && a.attributes[i].first < b.attributes[j].first);
+        if (onlyA) {
+            return describeAttribute(a.attributes[i]) + " against no attribute " +
+                   a.attributes[i].first.std();
+        }
+        if (i == a.attributes.size() || b.attributes[j].first < a.attributes[i].first) {
+            return "no attribute " + b.attributes[j].first.std() + " against " +
+                   describeAttribute(b.attributes[j]);
+        }
+        if (a.attributes[i].second != b.attributes[j].second) {
+            return describeAttribute(a.attributes[i]) + " against " +
+                   describeAttribute(b.attributes[j]);
+        }
+        ++i;
+        ++j;
+    }
+    return {};
+}
+
+// What tells two items apart, or nothing when they are equal.
+std::string difference(const Item& a, const Item& b) {
+    if (a.kind != b.kind || a.key != b.key || a.text != b.text) {
+        return describe(a) + " against " + describe(b);
+    }
+    return attributeDifference(a, b);
+}
+
+}  // namespace
+
+QzXmlComparison QzXmlUtils::compareDocuments(const QzCString& first, const QzCString& second,
+                                             const QzXmlCompareOptions& options) {
+    QzXmlInfosetWalker a(first, options);
+    QzXmlInfosetWalker b(second, options);
+    for (;;) {
+        const Item& itemA = a.next();
+        const Item& itemB = b.next();
+        const std::string message = difference(itemA, itemB);
+        if (!message.empty()) {
+            QzXmlComparison comparison;
+            comparison.equal = false;
+            comparison.message = message;
+            comparison.first = a.place();
+            comparison.second = b.place();
+            return comparison;
+        }
+        if (itemA.kind == Kind::End) return QzXmlComparison();
     }
 }
