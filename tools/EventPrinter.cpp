@@ -31,11 +31,10 @@ std::string quoted(const QzCString& text) {
     return out + '"';
 }
 
-// The qualified name, then the namespace URI in braces when there is one.
+// "{uri}local" when the name has a namespace URI, else the qualified name as written.
 std::string describe(const QzXmlName& name) {
-    std::string out = name.getQualifiedName().std();
-    if (!name.getURI().empty()) out += "{" + name.getURI().std() + "}";
-    return out;
+    if (name.getURI().empty()) return name.getQualifiedName().std();
+    return "{" + name.getURI().std() + "}" + name.getLocalName().std();
 }
 
 }  // namespace

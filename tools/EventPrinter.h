@@ -4,8 +4,8 @@
 #include "QzXmlContentHandler.h"
 
 /// Prints one line per event on standard output, as "qzxml events" shows them: the prolog,
-/// each start tag with its attributes, each end tag and each run of text; names carry their
-/// namespace URI in braces, texts are quoted with control bytes escaped.
+/// each start tag with its attributes, each end tag and each run of text; names with a
+/// namespace as "{uri}local", texts quoted with control bytes escaped.
 class EventPrinter : public QzXmlContentHandler {
 public:
     void prolog(const QzXmlProlog& prolog) override;

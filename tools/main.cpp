@@ -1,10 +1,16 @@
 // qzxml: the command-line face of the library.
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
 #include <cstring>
-#include <fstream>
+#include <exception>
 #include <iostream>
+#include <map>
 #include <string>
 #include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include "EventPrinter.h"
 #include "Formatter.h"
@@ -17,6 +23,8 @@
 #include "QzXmlSAXParser.h"
 #include "QzXmlUtils.h"
 #include "Qzxmsg.h"
+#include "StreamWriter.h"
+#include "TextHolders.h"
 
 namespace {
 
@@ -46,44 +54,81 @@ int fail(const std::string& command, const std::string& message) {
     return kFailed;
 }
 
-// Reads a whole file, or standard input for "-"; false when it cannot be read.
-bool readInput(const std::string& path, QzCString& bytes) {
-    if (path == "-") {
-        bytes.readFile(std::cin);
-        return !std::cin.bad();
+// Reads a whole file, or standard input for "-"; when it cannot, says why in reason. Plain
+// reads, since a stream hides a failed read (a directory, an I/O error) as an early end.
+bool readInput(const std::string& path, QzCString& bytes, std::string& reason) {
+    const int fd = path == "-" ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        reason = std::strerror(errno);
+        return false;
     }
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return false;
-    bytes.readFile(in);
-    return !in.bad();
+    constexpr std::size_t chunk = 1 << 16;
+    std::size_t length = 0;
+    ssize_t n;
+    do {
+        bytes.resize(length + chunk);
+        n = ::read(fd, bytes.data() + length, chunk);
+        if (n > 0) length += static_cast<std::size_t>(n);
+    } while (n > 0 || (n < 0 && errno == EINTR));
+    if (n < 0) reason = std::strerror(errno);
+    bytes.resize(length);
+    if (fd != STDIN_FILENO) ::close(fd);
+    return n == 0;
 }
 
 // Reads path (or standard input for "-") into bytes; says so on standard error when it cannot.
 bool load(const std::string& command, const std::string& path, QzCString& bytes) {
-    if (readInput(path, bytes)) return true;
-    fail(command, displayName(path) + ": cannot read");
+    std::string reason;
+    if (readInput(path, bytes, reason)) return true;
+    fail(command, displayName(path) + ": cannot read: " + reason);
     return false;
 }
 
-int runConvert(const Args& args) {
-    std::string from, to, path = "-";
-    bool havePath = false;
+// A command line split into options (those in known, each with whether it takes a value)
+// and operands; error says what did not fit.
+struct CommandLine {
+    std::map<std::string, std::string> options;
+    std::vector<std::string> operands;
+    std::string error;
+
+    bool has(const std::string& option) const { return options.count(option) != 0; }
+};
+
+CommandLine parseCommandLine(const Args& args, const std::map<std::string, bool>& known) {
+    CommandLine line;
     for (std::size_t i = 0; i < args.size(); ++i) {
-        if ((args[i] == "--from" || args[i] == "--to") && i + 1 < args.size()) {
-            (args[i] == "--from" ? from : to) = args[i + 1];
+        const auto option = known.find(args[i]);
+        if (option == known.end()) {
+            if (args[i] != "-" && args[i].rfind("-", 0) == 0) {
+                line.error = "unexpected argument '" + args[i] + "'";
+            } else {
+                line.operands.push_back(args[i]);
+            }
+        } else if (!option->second) {
+            line.options[args[i]];
+        } else if (i + 1 < args.size()) {
+            line.options[args[i]] = args[i + 1];
             ++i;
-        } else if (!havePath && (args[i] == "-" || args[i].rfind("-", 0) != 0)) {
-            path = args[i];
-            havePath = true;
         } else {
-            return fail("convert", "unexpected argument '" + args[i] + "'");
+            line.error = args[i] + " needs a value";
         }
     }
-    if (from.empty() || to.empty()) return fail("convert", "--from and --to are required");
+    return line;
+}
+
+int runConvert(const Args& args) {
+    const CommandLine line = parseCommandLine(args, {{"--from", true}, {"--to", true}});
+    if (!line.error.empty()) return fail("convert", line.error);
+    if (line.operands.size() > 1) return fail("convert", "expects at most one FILE");
+    if (!line.has("--from") || !line.has("--to")) {
+        return fail("convert", "--from and --to are required");
+    }
+    const std::string path = line.operands.empty() ? "-" : line.operands[0];
     QzCString data;
     if (!load("convert", path, data)) return kFailed;
     try {
-        std::cout << QzXmlUtils::convertCharset(data, from.c_str(), to.c_str());
+        std::cout << QzXmlUtils::convertCharset(data, line.options.at("--from").c_str(),
+                                                line.options.at("--to").c_str());
     } catch (const Qzxmsg& e) {
         return fail("convert", displayName(path) + ": " + e.why());
     }
@@ -129,15 +174,20 @@ bool parseDocument(const std::string& path, QzCString document, QzXmlContentHand
     return false;
 }
 
-// Whether a document is well-formed and complete; reports what is wrong with it otherwise.
-// The event parser accepts a document that ends inside an element; this does not.
-bool wellFormed(const std::string& path, const QzCString& document) {
-    OpenElements elements;
+// Whether a document is well-formed and complete, with elements watching it; reports what is
+// wrong with it otherwise. The event parser accepts a document that ends inside an element;
+// this does not.
+bool wellFormed(const std::string& path, const QzCString& document, OpenElements& elements) {
     if (!parseDocument(path, document, &elements)) return false;
     if (elements.open.empty()) return true;
     std::cerr << displayName(path) << ':' << endPosition(document)
               << ": document ends inside element " << elements.open.back() << '\n';
     return false;
+}
+
+bool wellFormed(const std::string& path, const QzCString& document) {
+    OpenElements elements;
+    return wellFormed(path, document, elements);
 }
 
 int runEvents(const Args& args) {
@@ -150,13 +200,30 @@ int runEvents(const Args& args) {
 }
 
 int runFormat(const Args& args) {
-    if (args.size() != 1) return fail("format", "expects one FILE or -");
+    const CommandLine line =
+        parseCommandLine(args, {{"--indent", true}, {"--keep-whitespace", false}});
+    if (!line.error.empty()) return fail("format", line.error);
+    if (line.operands.size() != 1) return fail("format", "expects one FILE or -");
+    unsigned indent = 2;
+    if (line.has("--indent")) {
+        const std::string& text = line.options.at("--indent");
+        char* end = nullptr;
+        const unsigned long value = std::strtoul(text.c_str(), &end, 10);
+        if (text.empty() || *end != '\0' || text[0] == '-' || value > 64) {
+            return fail("format",
+                        "--indent takes a number of spaces from 0 to 64, not '" + text + "'");
+        }
+        indent = static_cast<unsigned>(value);
+    }
+    const std::string& path = line.operands[0];
     QzCString document;
-    if (!load("format", args[0], document) || !wellFormed(args[0], document)) return kFailed;
-    Formatter formatter;
-    if (!parseDocument(args[0], document, &formatter)) return kFailed;
-    std::cout << formatter.finish();
-    return std::cout.flush() ? kOk : kFailed;
+    TextHolders holders;
+    if (!load("format", path, document) || !wellFormed(path, document, holders)) return kFailed;
+    StreamWriter out(std::cout);
+    Formatter formatter(out, std::move(holders.verbatim), indent, line.has("--keep-whitespace"));
+    if (!parseDocument(path, document, &formatter)) return kFailed;
+    formatter.finish();
+    return std::cout ? kOk : kFailed;
 }
 
 int runCheck(const Args& args) {
@@ -173,18 +240,42 @@ int runCheck(const Args& args) {
     return status;
 }
 
+// "FILE:LINE:COLUMN: PATH", where a difference lies in one document.
+void printPlace(const std::string& path, const QzXmlComparison::Place& place) {
+    std::cout << displayName(path) << ':' << place.line << ':' << place.column << ": " << place.path
+              << '\n';
+}
+
 int runCompare(const Args& args) {
-    if (args.size() != 2) return fail("compare", "expects two FILEs");
+    const CommandLine line =
+        parseCommandLine(args, {{"--whitespace", false}, {"--library", false}});
+    if (!line.error.empty()) return fail("compare", line.error);
+    if (line.operands.size() != 2) return fail("compare", "expects two FILEs");
     QzCString documents[2];
     for (int i = 0; i < 2; ++i) {
         // Checked one by one first, so that an error names the file it is in.
-        if (!load("compare", args[i], documents[i]) || !wellFormed(args[i], documents[i])) {
+        if (!load("compare", line.operands[i], documents[i]) ||
+            !wellFormed(line.operands[i], documents[i])) {
             return kFailed;
         }
     }
-    const bool same = QzXmlUtils::compareXml(documents[0], documents[1]);
-    std::cout << (same ? "equivalent" : "different") << '\n';
-    return same ? kOk : kNo;
+    if (line.has("--library")) {
+        const bool same = QzXmlUtils::compareXml(documents[0], documents[1]);
+        std::cout << (same ? "equivalent" : "different") << '\n';
+        return same ? kOk : kNo;
+    }
+    QzXmlCompareOptions options;
+    options.ignoreWhitespaceText = !line.has("--whitespace");
+    const QzXmlComparison comparison =
+        QzXmlUtils::compareDocuments(documents[0], documents[1], options);
+    if (comparison.equal) {
+        std::cout << "equivalent\n";
+        return kOk;
+    }
+    std::cout << "different\n" << comparison.message << '\n';
+    printPlace(line.operands[0], comparison.first);
+    printPlace(line.operands[1], comparison.second);
+    return kNo;
 }
 
 const char* yesNo(bool value) {
@@ -237,17 +328,20 @@ const Command kCommands[] = {
      "Exit status: 0, also for an invalid duration; 2 on a usage error.\n",
      runDuration},
     {"events", "events FILE|-",
-     "print one line per node: prolog, start (with attributes), end, text; names with their "
-     "namespace URI in braces",
+     "print one line per node: prolog, start (with attributes), end, text; names with a "
+     "namespace as {uri}local",
      "A malformed document is reported as FILE:LINE:COLUMN: message after the events\n"
      "read up to the error.\n"
      "Exit status: 0 on success, 2 when the input cannot be read or is malformed.\n",
      runEvents},
-    {"format", "format FILE|-",
-     "write a document back indented by two spaces a level, escaped, namespaces declared "
-     "where needed, in UTF-8",
-     "Text that is only whitespace is dropped; comments and processing instructions are\n"
-     "not kept.\n"
+    {"format", "format [--indent N] [--keep-whitespace] FILE|-",
+     "write a document back in UTF-8, indented where that changes nothing it says",
+     "Elements that hold only elements are indented by N spaces a level (2 by default),\n"
+     "the whitespace between their children replaced. The content of an element that holds\n"
+     "text, or is marked xml:space=\"preserve\", is written as it stands. Values and text\n"
+     "are escaped so that they read back byte for byte. --keep-whitespace indents nothing\n"
+     "and keeps all text: only the spelling of the markup changes. Comments, processing\n"
+     "instructions and the document type declaration are not kept.\n"
      "Exit status: 0 on success, 2 when the input cannot be read or is malformed.\n",
      runFormat},
     {"check", "check FILE...",
@@ -257,10 +351,15 @@ const Command kCommands[] = {
      "Exit status: 0 when all are well-formed, 1 when one is malformed, 2 when one cannot\n"
      "be read.\n",
      runCheck},
-    {"compare", "compare A B",
-     "tell whether two documents are equivalent (exit 0) or not (exit 1); 2 on a parse error",
-     "Attribute order, whitespace-only text where the other side has a tag, <e/> against\n"
-     "<e></e>, and text after an end tag are not differences. '-' reads standard input.\n"
+    {"compare", "compare [--whitespace] [--library] A B",
+     "tell whether two documents say the same (exit 0) or not (exit 1, with the first "
+     "difference); 2 on a parse error",
+     "Names are compared by namespace URI and local name, attributes in any order,\n"
+     "text byte for byte; prefixes, namespace declarations, comments and processing\n"
+     "instructions are not. Whitespace-only text is skipped unless --whitespace is given.\n"
+     "A difference is printed as a line saying what differs, then FILE:LINE:COLUMN: PATH\n"
+     "for each document. --library answers by the library's compareXml rules instead.\n"
+     "'-' reads standard input.\n"
      "Exit status: 0 when equivalent, 1 when different, 2 when one cannot be read or is\n"
      "malformed.\n",
      runCompare},
@@ -290,12 +389,23 @@ int runHelp(const Args& args) {
         std::cout << "  " << c.synopsis << "\n      " << c.summary << '\n';
     }
     std::cout << "\n'qzxml COMMAND --help' describes one command. FILE may be '-' for standard "
-                 "input.\n";
+                 "input.\n'qzxml --version' prints the version.\n";
     return kOk;
 }
 
 bool isHelpOption(const std::string& arg) {
     return arg == "--help" || arg == "-h";
+}
+
+// Runs a command; anything it did not foresee is reported, never an abort.
+int run(const Command& command, const Args& args) {
+    try {
+        return command.run(args);
+    } catch (const Qzxmsg& e) {
+        return fail(command.name, e.why());
+    } catch (const std::exception& e) {
+        return fail(command.name, e.what());
+    }
 }
 
 }  // namespace
@@ -307,9 +417,13 @@ int main(int argc, char** argv) {
     }
     const std::string name = argv[1];
     if (isHelpOption(name)) return runHelp({});
+    if (name == "--version") {
+        std::cout << "qzxml " << QZXML_VERSION << '\n';
+        return kOk;
+    }
     const Args args(argv + 2, argv + argc);
     const Command* command = findCommand(name);
     if (command == nullptr) return fail(name, "unknown command (see qzxml --help)");
     if (!args.empty() && isHelpOption(args[0])) return runHelp({name});
-    return command->run(args);
+    return run(*command, args);
 }
