@@ -1,8 +1,9 @@
 # Runs PROGRAM (with the |-separated ARGS, in WORKING_DIRECTORY if given) and fails unless it
 # exits with STATUS (0 if not given) and its standard output is exactly the expected text: the file EXPECTED, or the
-# fenced block that follows the line "<!-- output: NAME -->" in the Markdown file GUIDE.
-# With GUIDE, the fenced block after "<!-- snippet: NAME -->" must also be exactly the file
-# SOURCE, so that what the guide shows is what was compiled and run. With UPDATE=ON the two
+# fenced block that follows the line "<!-- output: NAME -->" in the Markdown file GUIDE (NAME
+# is SOURCE's file name when SOURCE is given). With GUIDE and SOURCE, the fenced block after
+# "<!-- snippet: NAME -->" must also be exactly the file SOURCE, so that what the guide shows
+# is what was compiled and run. With UPDATE=ON the two
 # blocks are rewritten instead of checked.
 cmake_minimum_required(VERSION 3.25)
 
@@ -67,16 +68,25 @@ endif()
 
 if(GUIDE)
     file(READ ${GUIDE} guide)
-    get_filename_component(name ${SOURCE} NAME)
-    file(READ ${SOURCE} source)
+    # A program shows its source as well; a command (such as the tool) only its output.
+    if(SOURCE)
+        get_filename_component(name ${SOURCE} NAME)
+        file(READ ${SOURCE} source)
+    else()
+        set(name ${NAME})
+    endif()
     if(UPDATE)
-        replace_block("${guide}" "snippet: ${name}" "${source}" guide)
+        if(SOURCE)
+            replace_block("${guide}" "snippet: ${name}" "${source}" guide)
+        endif()
         replace_block("${guide}" "output: ${name}" "${actual}" guide)
         file(WRITE ${GUIDE} "${guide}")
         return()
     endif()
-    block_of("${guide}" "snippet: ${name}" shown)
-    require_same("the guide's copy of ${name} (- guide, + source)" "${shown}" "${source}")
+    if(SOURCE)
+        block_of("${guide}" "snippet: ${name}" shown)
+        require_same("the guide's copy of ${name} (- guide, + source)" "${shown}" "${source}")
+    endif()
     block_of("${guide}" "output: ${name}" expected)
 else()
     file(READ ${EXPECTED} expected)
