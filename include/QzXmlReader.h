@@ -13,6 +13,7 @@
 #include "QzXmlName.h"
 #include "QzXmlNamespace.h"
 #include "QzXmlNamespaceStack.h"
+#include "QzXmlReaderOptions.h"
 
 class QzXmlMarkupLog;
 
@@ -36,6 +37,13 @@ public:
     /// Reads the caller's buffer in place, without a copy: it must outlive the reader, and
     /// UTF-16 input is byte-swapped where it lies. Throws QzXmlParseError.
     QzXmlReader(unsigned char* buffer, unsigned long length);
+    /// Reads the whole stream as options say (strict or lenient, with limits).
+    QzXmlReader(std::istream& input, const QzXmlReaderOptions& options);
+    /// Copies the document and reads it as options say.
+    QzXmlReader(const QzCString& document, const QzXmlReaderOptions& options);
+    /// Reads the caller's buffer in place as options say. A strict reader copies it first
+    /// when its line ends need normalising.
+    QzXmlReader(unsigned char* buffer, unsigned long length, const QzXmlReaderOptions& options);
     /// Releases the document buffer if the reader allocated it.
     ~QzXmlReader();
     QzXmlReader(const QzXmlReader&) = delete;
@@ -113,7 +121,9 @@ private:
     friend class QzXmlInfosetWalker;
 
     /// Copies the document and reads its prolog, recording skipped markup in log when given.
-    QzXmlReader(const QzCString& document, QzXmlMarkupLog* log);
+    QzXmlReader(const QzCString& document, const QzXmlReaderOptions& options,
+                QzXmlMarkupLog* log);
+    void applyOptions(const QzXmlReaderOptions& options);
     void logMarkup(const Byte* open, bool inText);
 
     void adoptOwnedText();
@@ -238,6 +248,15 @@ private:
     bool nodePending_ = false;
     bool expandReferences_ = true;
     QzXmlMarkupLog* markupLog_ = nullptr;  ///< where skipped comments and PIs go, if anywhere
+
+    // Options. Limits not in force hold the largest value, so that each check is one compare.
+    bool strict_ = false;
+    bool prohibitDoctype_ = false;
+    std::size_t maxDepth_ = SIZE_MAX;
+    std::size_t maxAttributes_ = SIZE_MAX;
+    std::size_t maxNameLength_ = SIZE_MAX;
+    std::size_t maxTextLength_ = SIZE_MAX;
+    std::size_t maxDocumentLength_ = SIZE_MAX;
 
     // Scratch reused from tag to tag, so that reading allocates only when a tag or text
     // outgrows what an earlier one needed.

@@ -4,6 +4,7 @@
 #include "QzXmlExport.h"
 
 #include "QzCString.h"
+#include "QzXmlReaderOptions.h"
 
 class QzXmlContentHandler;
 
@@ -23,6 +24,11 @@ public:
     /// When false, an "&" in an attribute value is passed on literally.
     void setExpandReferences(bool expand) noexcept { expandReferences_ = expand; }
 
+    /// How documents are read: strict or lenient, and the limits (lenient, none, by default).
+    void setReaderOptions(const QzXmlReaderOptions& options) { readerOptions_ = options; }
+    /// The options set last.
+    const QzXmlReaderOptions& getReaderOptions() const noexcept { return readerOptions_; }
+
     /// Parses the document text and calls the handler. UTF-8 is read in place; UTF-16 input
     /// is byte-swapped inside document itself. Throws QzXmlParseError on malformed input,
     /// "Unmatched start tag for " when an end tag does not close the open element. The second
@@ -32,6 +38,7 @@ public:
 private:
     QzXmlContentHandler* contentHandler_ = nullptr;
     bool expandReferences_ = true;
+    QzXmlReaderOptions readerOptions_;
 };
 
 #endif

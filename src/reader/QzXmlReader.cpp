@@ -232,25 +232,36 @@ bool isXmlns(const char* text, std::size_t length) {
 // ---------------------------------------------------------------------------------------------
 // Construction and lexical primitives
 
-QzXmlReader::QzXmlReader(std::istream& input) {
-    ownedText_.readFile(input);
-    adoptOwnedText();
-    namespaceStack_.pushScope();
-    readDocument();
-}
+QzXmlReader::QzXmlReader(std::istream& input) : QzXmlReader(input, QzXmlReaderOptions()) {}
 
-QzXmlReader::QzXmlReader(const QzCString& document) : QzXmlReader(document, nullptr) {}
-
-QzXmlReader::QzXmlReader(const QzCString& document, QzXmlMarkupLog* log)
-    : ownedText_(document), markupLog_(log) {
-    adoptOwnedText();
-    namespaceStack_.pushScope();
-    readDocument();
-}
+QzXmlReader::QzXmlReader(const QzCString& document)
+    : QzXmlReader(document, QzXmlReaderOptions(), nullptr) {}
 
 QzXmlReader::QzXmlReader(unsigned char* buffer, unsigned long length)
+    : QzXmlReader(buffer, length, QzXmlReaderOptions()) {}
+
+QzXmlReader::QzXmlReader(std::istream& input, const QzXmlReaderOptions& options) {
+    applyOptions(options);
+    ownedText_.readFile(input);
+    adoptOwnedText();
+    readDocument();
+}
+
+QzXmlReader::QzXmlReader(const QzCString& document, const QzXmlReaderOptions& options)
+    : QzXmlReader(document, options, nullptr) {}
+
+QzXmlReader::QzXmlReader(const QzCString& document, const QzXmlReaderOptions& options,
+                         QzXmlMarkupLog* log)
+    : ownedText_(document), markupLog_(log) {
+    applyOptions(options);
+    adoptOwnedText();
+    readDocument();
+}
+
+QzXmlReader::QzXmlReader(unsigned char* buffer, unsigned long length,
+                         const QzXmlReaderOptions& options)
     : cursor_(buffer), documentBuffer_(buffer), limit_(buffer + length) {
-    namespaceStack_.pushScope();
+    applyOptions(options);
     readDocument();
 }
 
@@ -262,7 +273,23 @@ void QzXmlReader::adoptOwnedText() {
     ownsBuffer_ = true;
 }
 
+void QzXmlReader::applyOptions(const QzXmlReaderOptions& options) {
+    // Limits left to the mode, and those set to 0, are "none": the largest value.
+    const auto limit = [&options](std::size_t value, std::size_t strictDefault) {
+        const std::size_t effective = options.effective(value, strictDefault);
+        return effective == 0 ? SIZE_MAX : effective;
+    };
+    strict_ = options.strict;
+    prohibitDoctype_ = options.doctype == QzXmlReaderOptions::Doctype::Prohibit;
+    maxDepth_ = limit(options.maxDepth, 256);
+    maxAttributes_ = limit(options.maxAttributes, 512);
+    maxNameLength_ = limit(options.maxNameLength, 50000);
+    maxTextLength_ = limit(options.maxTextLength, 10000000);
+    maxDocumentLength_ = limit(options.maxDocumentLength, 0);
+}
+
 void QzXmlReader::readDocument() {
+    namespaceStack_.pushScope();
     readProlog();
 }
 

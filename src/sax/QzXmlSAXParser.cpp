@@ -66,7 +66,7 @@ private:
 void QzXmlSAXParser::parse(const QzCString& document, const QzCString&) {
     // The reader works on the caller's bytes in place, which is what saves the copy.
     QzXmlReader reader(reinterpret_cast<unsigned char*>(const_cast<char*>(document.data())),
-                       document.length());
+                       document.length(), readerOptions_);
     reader.setExpandReferences(expandReferences_);
     if (contentHandler_ && !reader.getDeclaredVersion().empty()) {
         reportProlog(reader, *contentHandler_);
