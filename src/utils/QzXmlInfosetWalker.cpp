@@ -20,7 +20,7 @@ bool isNamespaceDeclaration(const QzXmlName& name) {
 
 QzXmlInfosetWalker::QzXmlInfosetWalker(const QzCString& document,
                                        const QzXmlCompareOptions& options)
-    : options_(options), reader_(document, &log_), open_(1) {}
+    : options_(options), reader_(document, options.readerOptions, &log_), open_(1) {}
 
 QzCString QzXmlInfosetWalker::expandedName(const QzXmlName& name) {
     if (name.getURI().empty()) return name.getQualifiedName();
