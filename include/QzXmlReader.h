@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <string_view>
 #include <vector>
 
 #include "QzCString.h"
@@ -121,8 +122,7 @@ private:
     friend class QzXmlInfosetWalker;
 
     /// Copies the document and reads its prolog, recording skipped markup in log when given.
-    QzXmlReader(const QzCString& document, const QzXmlReaderOptions& options,
-                QzXmlMarkupLog* log);
+    QzXmlReader(const QzCString& document, const QzXmlReaderOptions& options, QzXmlMarkupLog* log);
     void applyOptions(const QzXmlReaderOptions& options);
     void logMarkup(const Byte* open, bool inText);
 
@@ -205,6 +205,41 @@ private:
     std::uint64_t characterReference(const Byte* first, const Byte* last) const;
     void readCDATA();
 
+    // Limits, in either mode.
+    [[noreturn]] void errAt(const Byte* at, const QzCString& message);
+    [[noreturn]] void errLimit(const Byte* at, const char* what, const char* limit,
+                               std::size_t value);
+    void checkNameLength(const Byte* start);
+    void checkTextLength(const Byte* at, std::size_t length);
+
+    // Strict reading: the same tokens, every constraint checked.
+    void readStrictProlog();
+    const Byte* readStrictXmlDecl();
+    void readStrictEq();
+    const Byte* readStrictLiteral(const char* what);
+    void agreeOnEncoding(const QzCString& detected, bool utf8Mark, const Byte* at);
+    void validateCharacters();
+    bool readStrictMisc();
+    void readStrictDoctype(const Byte* open);
+    void skipInternalSubset();
+    void readStrictExternalId();
+    const Byte* scanStrictName();
+    void checkQName(const Byte* start, const Byte* end, const char* what);
+    void checkStrictTag(const Byte* name, const Byte* nameEnd);
+    void checkDeclaration(const StagedAttribute& a);
+    void checkUniqueAttributes();
+    void checkStrictEndTag(const Byte* name, const Byte* nameEnd);
+    bool strictEof();
+    void readStrictNextNode();
+    void readStrictContent();
+    bool readStrictMarkupInContent();
+    void readStrictComment(const Byte* open);
+    void readStrictPI(const Byte* open);
+    void readStrictCDATA();
+    void readStrictAttributeValue(Byte quote, StagedAttribute& attribute);
+    void appendStrictReference(QzCString& out);
+    [[noreturn]] void errExpected(const Byte* at, const char* wanted);
+
     // Navigation.
     bool matches(const QzXmlName& name) const;
     [[noreturn]] void errExpected(const QzXmlName& wanted) const;
@@ -252,11 +287,25 @@ private:
     // Options. Limits not in force hold the largest value, so that each check is one compare.
     bool strict_ = false;
     bool prohibitDoctype_ = false;
-    std::size_t maxDepth_ = SIZE_MAX;
     std::size_t maxAttributes_ = SIZE_MAX;
     std::size_t maxNameLength_ = SIZE_MAX;
     std::size_t maxTextLength_ = SIZE_MAX;
     std::size_t maxDocumentLength_ = SIZE_MAX;
+    std::int64_t maxDepth_ = INT64_MAX;
+
+    // Strict reading's state.
+    bool rootSeen_ = false;    ///< the root element has started
+    bool hasDoctype_ = false;  ///< references to undeclared entities pass through
+    QzCString openNames_;      ///< qualified names of the open elements, one after another
+    std::vector<std::size_t> openStarts_;  ///< where each open name starts in openNames_
+    // Attribute names as (namespace or prefix, local name) with their index, for the
+    // uniqueness checks.
+    struct AttributeKey {
+        std::string_view space;
+        std::string_view local;
+        std::size_t index;
+    };
+    std::vector<AttributeKey> attributeKeys_;
 
     // Scratch reused from tag to tag, so that reading allocates only when a tag or text
     // outgrows what an earlier one needed.

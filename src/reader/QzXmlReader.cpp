@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstring>
 #include <istream>
+#include <string>
+#include <string_view>
 #include <utility>
 
 #ifdef __SSE2__
@@ -11,6 +14,7 @@
 #endif
 
 #include "QzBoundsErr.h"
+#include "QzXmlCharChecks.h"
 #include "QzXmlCharInfo.h"
 #include "QzXmlMarkupLog.h"
 #include "QzXmlParseError.h"
@@ -41,6 +45,8 @@ constexpr Byte qzXMLDecls[32] = {0x00, 0x00, 0x00, 0x3C, 0x3C, 0x00, 0x00, 0x00,
                                  0x3F, 0x00, 0x3C, 0x3F, 0x78, 0x6D, 0x4C, 0x6F, 0xA7, 0x94};
 
 const QzCString kExpected("Expected ");
+const QzCString kXmlNamespace("http://www.w3.org/XML/1998/namespace");
+const QzCString kXmlnsNamespace("http://www.w3.org/2000/xmlns/");
 const QzCString kFound(", found ");
 
 // Byte tables for the scanning loops: one lookup per byte instead of a chain of compares.
@@ -281,7 +287,8 @@ void QzXmlReader::applyOptions(const QzXmlReaderOptions& options) {
     };
     strict_ = options.strict;
     prohibitDoctype_ = options.doctype == QzXmlReaderOptions::Doctype::Prohibit;
-    maxDepth_ = limit(options.maxDepth, 256);
+    maxDepth_ =
+        static_cast<std::int64_t>(std::min<std::size_t>(limit(options.maxDepth, 256), INT64_MAX));
     maxAttributes_ = limit(options.maxAttributes, 512);
     maxNameLength_ = limit(options.maxNameLength, 50000);
     maxTextLength_ = limit(options.maxTextLength, 10000000);
@@ -290,7 +297,17 @@ void QzXmlReader::applyOptions(const QzXmlReaderOptions& options) {
 
 void QzXmlReader::readDocument() {
     namespaceStack_.pushScope();
-    readProlog();
+    if (static_cast<std::size_t>(limit_ - cursor_) > maxDocumentLength_) {
+        errLimit(cursor_ + maxDocumentLength_, "The document", "maxDocumentLength",
+                 maxDocumentLength_);
+    }
+    if (!strict_) {
+        readProlog();
+        return;
+    }
+    // The xml prefix is bound without a declaration.
+    namespaceStack_.addNamespace(QzXmlNamespace("xml", kXmlNamespace));
+    readStrictProlog();
 }
 
 // Records the comment or processing instruction that starts at open and was just read;
@@ -340,6 +357,7 @@ void QzXmlReader::skipBytes(std::ptrdiff_t count) {
 }
 
 bool QzXmlReader::eof() {
+    if (strict_) return strictEof();
     if (depth_ == 0 && limit_ - cursor_ > 1) readS();
     return limit_ - cursor_ <= 1;
 }
@@ -376,6 +394,7 @@ std::uint32_t QzXmlReader::decodeCharacter() {
 // classified only when they are ASCII, so any non-ASCII character may continue a name. The
 // name stays where it lies: the caller takes it from the returned start to the cursor.
 const Byte* QzXmlReader::scanName() {
+    if (strict_) return scanStrictName();
     if (atEnd()) prematureEof();
     const Byte* start = cursor_;
     if (kAsciiNameStart[*start]) {
@@ -383,7 +402,10 @@ const Byte* QzXmlReader::scanName() {
         while (p < limit_ && kAsciiNameByte[*p])
             ++p;
         cursor_ = p;
-        if (p < limit_ && *p < 0x80) return start;
+        if (p < limit_ && *p < 0x80) {
+            checkNameLength(start);
+            return start;
+        }
         return scanNameRest(start);
     }
     const std::uint32_t first = decodeCharacter();
@@ -401,7 +423,10 @@ const Byte* QzXmlReader::scanNameRest(const Byte* start) {
         while (cursor_ < limit_ && kAsciiNameByte[*cursor_])
             ++cursor_;
         if (atEnd()) prematureEof();
-        if (*cursor_ < 0x80) return start;
+        if (*cursor_ < 0x80) {
+            checkNameLength(start);
+            return start;
+        }
         decodeCharacter();
     }
 }
@@ -524,6 +549,7 @@ void QzXmlReader::readProlog() {
                 logMarkup(open, false);
             } else {
                 --cursor_;
+                if (prohibitDoctype_) errAt(open, "A document type declaration is prohibited here");
                 readDocTypeDecl();
             }
         } else if (next == '?') {
@@ -658,11 +684,13 @@ void QzXmlReader::readTag() {
         readEndTag();
         return;
     }
+    if (depth_ >= maxDepth_) errLimit(cursor_ - 1, "Element nesting", "maxDepth", maxDepth_);
     const Byte* name = scanName();
     const Byte* nameEnd = cursor_;
     namespaceStack_.pushScope();
     try {
         readTagBody();
+        if (strict_) checkStrictTag(name, nameEnd);
     } catch (...) {
         // A tag that fails leaves no attributes behind, as if none had been read.
         currentAttributes_.clear();
@@ -677,6 +705,7 @@ void QzXmlReader::readTagBody() {
     staged_.clear();
     expandedValues_.resize(0);
     for (;;) {
+        const Byte* spaced = cursor_;
         readS();
         const Byte b = takeByte();
         if (b == '>') {
@@ -690,6 +719,7 @@ void QzXmlReader::readTagBody() {
             break;
         }
         --cursor_;
+        if (strict_ && spaced == cursor_) errExpected(cursor_, "whitespace before an attribute");
         readAttribute();
     }
     commitAttributes();
@@ -701,9 +731,12 @@ void QzXmlReader::readEndTag() {
     ++cursor_;
     depth_ = wrapAdd(depth_, -1);
     nodeType_ = EndTag;
-    readName(currentName_);
+    const Byte* name = scanName();
+    if (strict_) checkStrictEndTag(name, cursor_);
+    resolveName(chars(name), chars(cursor_), currentName_);
     readS();
     namespaceStack_.popScope();
+    if (strict_ && (atEnd() || *cursor_ != '>')) errExpected(cursor_, "'>' to end the end tag");
     if (takeByte() != '>') err("Unexpected character /");
 }
 
@@ -714,12 +747,25 @@ void QzXmlReader::readAttribute() {
     const char* name = chars(attribute.name);
     const char* colon = findColon(name, name + attribute.nameLength);
     if (colon != name + attribute.nameLength) attribute.localStart = colon - name + 1;
+    if (staged_.size() >= maxAttributes_) {
+        errLimit(attribute.name, "The number of attributes", "maxAttributes", maxAttributes_);
+    }
     readS();
+    if (strict_ && (atEnd() || *cursor_ != '='))
+        errExpected(cursor_, "'=' after the attribute name");
     if (takeByte() != '=') err("Invalid character in attribute definition");
     readS();
+    if (strict_ && (atEnd() || (*cursor_ != '"' && *cursor_ != '\''))) {
+        errExpected(cursor_, "a quoted attribute value");
+    }
     const Byte quote = takeByte();
     if (quote != '"' && quote != '\'') err("invalid character in attribute definition");
-    readAttributeValue(quote, attribute);
+    if (strict_) {
+        readStrictAttributeValue(quote, attribute);
+    } else {
+        readAttributeValue(quote, attribute);
+    }
+    checkTextLength(attribute.name, attribute.valueLength);
     staged_.push_back(attribute);
 }
 
@@ -970,10 +1016,15 @@ void QzXmlReader::readContent() {
         nodePending_ = false;
         return;
     }
+    if (strict_) {
+        readStrictContent();
+        return;
+    }
     nodeType_ = Content;
     Byte* stop = findStop(cursor_, limit_, kContentStop);
     // Most texts run straight to the next tag.
     if (limit_ - stop >= 2 && stop[0] == '<' && stop[1] != '?' && stop[1] != '!') {
+        checkTextLength(cursor_, stop - cursor_);
         setBytes(value_, chars(cursor_), stop - cursor_);
         cursor_ = stop;
         return;
@@ -992,6 +1043,7 @@ void QzXmlReader::readContent() {
             if (*cursor_ == '\n') ++cursor_;
             value_ += '\n';
         } else if (!readMarkupInContent()) {
+            checkTextLength(cursor_, value_.length());
             return;
         }
     }
@@ -1103,6 +1155,10 @@ void QzXmlReader::readCDATA() {
 void QzXmlReader::readNextNode() {
     if (nodePending_) {
         nodePending_ = false;
+        return;
+    }
+    if (strict_) {
+        readStrictNextNode();
         return;
     }
     for (;;) {
@@ -1292,4 +1348,775 @@ void QzXmlReader::rebaseRawCopy() {
 
 QzCString QzXmlReader::readElement(const QzCString& name) {
     return readElement(getXmlName(name));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Limits
+
+void QzXmlReader::errAt(const Byte* at, const QzCString& message) {
+    cursor_ = const_cast<Byte*>(at);
+    err(message);
+}
+
+void QzXmlReader::errLimit(const Byte* at, const char* what, const char* limit, std::size_t value) {
+    errAt(at, QzCString(what) + " exceeds " + limit + " (" + std::to_string(value) + ")");
+}
+
+void QzXmlReader::checkNameLength(const Byte* start) {
+    if (static_cast<std::size_t>(cursor_ - start) > maxNameLength_)
+        errLimit(start, "A name's length", "maxNameLength", maxNameLength_);
+}
+
+void QzXmlReader::checkTextLength(const Byte* at, std::size_t length) {
+    if (length > maxTextLength_) errLimit(at, "A text's length", "maxTextLength", maxTextLength_);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Strict reading
+
+namespace {
+
+bool startsWith(const Byte* p, const Byte* limit, const char* literal) {
+    const std::size_t n = std::strlen(literal);
+    return static_cast<std::size_t>(limit - p) >= n && std::memcmp(p, literal, n) == 0;
+}
+
+bool equalsIgnoringCase(const Byte* p, std::size_t length, const char* upper) {
+    if (std::strlen(upper) != length) return false;
+    for (std::size_t i = 0; i < length; ++i) {
+        const Byte c = p[i] >= 'a' && p[i] <= 'z' ? p[i] - 'a' + 'A' : p[i];
+        if (c != static_cast<Byte>(upper[i])) return false;
+    }
+    return true;
+}
+
+QzCString upperCase(const QzCString& text) {
+    QzCString upper(text);
+    for (std::size_t i = 0; i < upper.length(); ++i) {
+        char& c = upper.data()[i];
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    }
+    return upper;
+}
+
+bool isUtf16Name(const QzCString& upper) {
+    return upper == "UTF-16" || upper == "UTF-16BE" || upper == "UTF-16LE";
+}
+
+// Encodings whose bytes are not a superset of ASCII: a declaration naming one cannot have
+// been read as ASCII.
+bool isWideName(const QzCString& upper) {
+    return isUtf16Name(upper) || upper.std().rfind("UTF-32", 0) == 0 ||
+           upper.std().rfind("UCS-", 0) == 0 || upper == "ISO-10646-UCS-2" ||
+           upper == "ISO-10646-UCS-4";
+}
+
+// UTF-8 of a code point the caller has checked to be a character.
+void appendCharacter(QzCString& out, std::uint32_t c) {
+    char bytes[4];
+    int n = 0;
+    if (c < 0x80) {
+        bytes[n++] = static_cast<char>(c);
+    } else if (c < 0x800) {
+        bytes[n++] = static_cast<char>(0xC0 | (c >> 6));
+        bytes[n++] = static_cast<char>(0x80 | (c & 0x3F));
+    } else if (c < 0x10000) {
+        bytes[n++] = static_cast<char>(0xE0 | (c >> 12));
+        bytes[n++] = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        bytes[n++] = static_cast<char>(0x80 | (c & 0x3F));
+    } else {
+        bytes[n++] = static_cast<char>(0xF0 | (c >> 18));
+        bytes[n++] = static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+        bytes[n++] = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        bytes[n++] = static_cast<char>(0x80 | (c & 0x3F));
+    }
+    out.append(bytes, n);
+}
+
+// Bytes that end a run of attribute value for the strict reader: the quotes, markup, and the
+// whitespace that normalisation turns into spaces.
+constexpr ByteTable kStrictDoubleQuoted("\"<&\t\n");
+constexpr ByteTable kStrictSingleQuoted("'<&\t\n");
+constexpr ByteTable kPubidExtra(" \r\n-'()+,./:=?;!*#@$_%");
+
+bool isPubidChar(Byte b) {
+    return (b >= 'a' && b <= 'z') || (b >= 'A' && b <= 'Z') || (b >= '0' && b <= '9') ||
+           kPubidExtra[b];
+}
+
+}  // namespace
+
+void QzXmlReader::errExpected(const Byte* at, const char* wanted) {
+    errAt(at, QzCString("Expected ") + wanted + ", found " + QzXmlCharChecks::describe(at, limit_));
+}
+
+// A name by the fifth edition's productions, its length within the limit.
+const QzXmlReader::Byte* QzXmlReader::scanStrictName() {
+    const Byte* start = cursor_;
+    if (atEnd()) errExpected(cursor_, "a name");
+    const Byte* p = cursor_;
+    if (*p < 0x80) {
+        if (!kAsciiNameStart[*p]) errExpected(p, "a name");
+        ++p;
+    } else {
+        if (!QzXmlCharChecks::isNameStartChar(QzXmlCharChecks::decode(p)))
+            errExpected(start, "a name");
+    }
+    for (;;) {
+        while (p < limit_ && kAsciiNameByte[*p])
+            ++p;
+        if (p >= limit_ || *p < 0x80) break;
+        const Byte* at = p;
+        if (!QzXmlCharChecks::isNameChar(QzXmlCharChecks::decode(p))) {
+            p = at;
+            break;
+        }
+    }
+    cursor_ = const_cast<Byte*>(p);
+    checkNameLength(start);
+    return start;
+}
+
+// At most one colon, and then a name on each side of it.
+void QzXmlReader::checkQName(const Byte* start, const Byte* end, const char* what) {
+    const char* colon = findColon(chars(start), chars(end));
+    if (colon == chars(end)) return;
+    const Byte* local = start + (colon - chars(start)) + 1;
+    const char* second = findColon(chars(local), chars(end));
+    const Byte* local_ = local;
+    const bool localStarts =
+        local < end && QzXmlCharChecks::isNameStartChar(QzXmlCharChecks::decode(local_));
+    if (colon == chars(start) || !localStarts || second != chars(end)) {
+        errAt(start, QzCString("The ") + what + " name '" + QzCString(chars(start), end - start) +
+                         "' is not a qualified name: expected a prefix, one colon and a local "
+                         "name, each a name without colons");
+    }
+}
+
+// ---- Prolog
+
+void QzXmlReader::readStrictProlog() {
+    const Byte* oldBuffer = documentBuffer_;
+    const Byte* before = cursor_;
+    readAndProcessBOM();
+    const bool utf8Mark = documentBuffer_ == oldBuffer && cursor_ == before + 3;
+    if (startsWith(cursor_, limit_, "<?xml") && limit_ - cursor_ > 5 && kWhitespace[cursor_[5]]) {
+        const QzCString detected = encodingName_;
+        cursor_ += 5;
+        const Byte* declared = readStrictXmlDecl();
+        if (declared != nullptr) agreeOnEncoding(detected, utf8Mark, declared);
+    }
+    validateCharacters();
+    while (readStrictMisc()) {
+    }
+    if (atEnd()) errAt(cursor_, "The document has no root element");
+    if (*cursor_ != '<' || limit_ - cursor_ < 2 || cursor_[1] == '!' || cursor_[1] == '/') {
+        errExpected(cursor_, "the root element");
+    }
+}
+
+// Reads Eq: optional whitespace, "=", optional whitespace.
+void QzXmlReader::readStrictEq() {
+    readS();
+    if (atEnd() || *cursor_ != '=') errExpected(cursor_, "'='");
+    ++cursor_;
+    readS();
+}
+
+// A quoted value of the XML declaration; returns its start, the cursor after its end quote.
+const QzXmlReader::Byte* QzXmlReader::readStrictLiteral(const char* what) {
+    if (atEnd() || (*cursor_ != '"' && *cursor_ != '\'')) errExpected(cursor_, what);
+    const Byte quote = *cursor_++;
+    const Byte* start = cursor_;
+    const void* end = std::memchr(cursor_, quote, limit_ - cursor_);
+    if (end == nullptr) errAt(limit_, QzCString("Premature EOF: ") + what + " is not closed");
+    cursor_ = static_cast<Byte*>(const_cast<void*>(end)) + 1;
+    return start;
+}
+
+// version, then encoding and standalone if present, in that order; the cursor after "<?xml".
+// Returns where the encoding name stands, null without one; encodingName_ holds it then.
+const QzXmlReader::Byte* QzXmlReader::readStrictXmlDecl() {
+    const Byte* encoding = nullptr;
+    readS();
+    if (!startsWith(cursor_, limit_, "version")) errExpected(cursor_, "'version'");
+    cursor_ += 7;
+    readStrictEq();
+    const Byte* version = readStrictLiteral("a quoted version");
+    const std::size_t versionLength = cursor_ - 1 - version;
+    bool digits = versionLength > 2 && std::memcmp(version, "1.", 2) == 0;
+    for (std::size_t i = 2; digits && i < versionLength; ++i)
+        digits = version[i] >= '0' && version[i] <= '9';
+    if (!digits) {
+        errAt(version, "The version must be '1.' followed by digits, found '" +
+                           QzCString(chars(version), versionLength) + "'");
+    }
+    declaredVersion_.assign(chars(version), versionLength);
+    for (int part = 0;; ++part) {
+        const Byte* spaced = cursor_;
+        readS();
+        if (startsWith(cursor_, limit_, "?>")) {
+            cursor_ += 2;
+            return encoding;
+        }
+        if (spaced == cursor_) errExpected(cursor_, "whitespace or '?>'");
+        if (part == 0 && startsWith(cursor_, limit_, "encoding")) {
+            cursor_ += 8;
+            readStrictEq();
+            const Byte* name = readStrictLiteral("a quoted encoding name");
+            const std::size_t length = cursor_ - 1 - name;
+            bool valid = length > 0 && std::isalpha(name[0]);
+            for (std::size_t i = 1; valid && i < length; ++i)
+                valid = std::isalnum(name[i]) || name[i] == '.' || name[i] == '_' || name[i] == '-';
+            if (!valid) {
+                errAt(name,
+                      "Expected an encoding name (a letter, then letters, digits, '.', '_' or "
+                      "'-'), found '" +
+                          QzCString(chars(name), length) + "'");
+            }
+            encodingName_.assign(chars(name), length);
+            encodingDeclared_ = true;
+            encoding = name;
+        } else if (part <= 1 && startsWith(cursor_, limit_, "standalone")) {
+            cursor_ += 10;
+            readStrictEq();
+            const Byte* value = readStrictLiteral("a quoted 'yes' or 'no'");
+            const std::size_t length = cursor_ - 1 - value;
+            declaredStandalone_.assign(chars(value), length);
+            if (declaredStandalone_ != "yes" && declaredStandalone_ != "no") {
+                errAt(value,
+                      "standalone must be 'yes' or 'no', found '" + declaredStandalone_ + "'");
+            }
+            standaloneDeclared_ = true;
+            part = 1;
+        } else {
+            errExpected(cursor_, part == 0   ? "'encoding', 'standalone' or '?>'"
+                                 : part == 1 ? "'standalone' or '?>'"
+                                             : "'?>'");
+        }
+    }
+}
+
+// The declared encoding must name the one the bytes are in; a declared 8-bit encoding is
+// then decoded as the lenient reader decodes it.
+void QzXmlReader::agreeOnEncoding(const QzCString& detected, bool utf8Mark, const Byte* at) {
+    const QzCString declared = encodingName_;
+    const QzCString upper = upperCase(declared);
+    const QzCString message = "The declared encoding '" + declared + "' ";
+    if (detected != "UTF-8") {
+        // Decoded already from the byte-order mark or the first bytes: the declaration
+        // can only name the same family.
+        if (upper.std().compare(0, 6, upperCase(detected).std(), 0, 6) != 0)
+            errAt(at, message + "does not match the document's encoding, " + detected);
+        return;
+    }
+    if (isWideName(upper)) {
+        errAt(at, message + "does not match the document, whose bytes are in an 8-bit encoding");
+    }
+    if (utf8Mark && upper != "UTF-8") {
+        errAt(at, message + "contradicts the document's UTF-8 byte-order mark");
+    }
+    if (upper == "US-ASCII" || upper == "ASCII") {
+        for (const Byte* p = cursor_; p < limit_; ++p) {
+            if (*p >= 0x80)
+                errAt(p,
+                      "The character " + QzXmlCharChecks::describe(p, limit_) + " is not US-ASCII");
+        }
+    }
+    encodingName_ = detected;
+    transcodeDocument(declared);
+}
+
+// Every character is one XML allows, in well-formed UTF-8; line ends become line feeds.
+void QzXmlReader::validateCharacters() {
+    bool sawCR = false;
+    const Byte* bad = QzXmlCharChecks::firstInvalidCharacter(cursor_, limit_, sawCR);
+    if (bad != limit_) errAt(bad, QzXmlCharChecks::describeInvalidCharacter(bad, limit_));
+    if (!sawCR) return;
+    if (!ownsBuffer_) {
+        // The caller's bytes are not rewritten: the reader works on its own copy.
+        const std::ptrdiff_t offset = cursor_ - documentBuffer_;
+        ownedText_.assign(chars(documentBuffer_), limit_ - documentBuffer_);
+        adoptOwnedText();
+        cursor_ += offset;
+    }
+    limit_ = QzXmlCharChecks::normalizeLineEnds(cursor_, limit_);
+    ownedText_.resize(limit_ - documentBuffer_);
+}
+
+// Whitespace, a comment or a processing instruction, or the document type declaration in the
+// prolog; false when none comes next.
+bool QzXmlReader::readStrictMisc() {
+    readS();
+    const Byte* open = cursor_;
+    if (startsWith(cursor_, limit_, "<?")) {
+        cursor_ += 2;
+        readStrictPI(open);
+        logMarkup(open, false);
+        return true;
+    }
+    if (startsWith(cursor_, limit_, "<!--")) {
+        cursor_ += 4;
+        readStrictComment(open);
+        logMarkup(open, false);
+        return true;
+    }
+    if (!rootSeen_ && startsWith(cursor_, limit_, "<!DOCTYPE")) {
+        readStrictDoctype(open);
+        return true;
+    }
+    return false;
+}
+
+// The declaration's name and external identifier are read; its internal subset is skipped
+// declaration by declaration, so that quoted text, comments and instructions in it cannot end
+// it early. The cursor stands on "<!DOCTYPE".
+void QzXmlReader::readStrictDoctype(const Byte* open) {
+    if (prohibitDoctype_) errAt(open, "A document type declaration is prohibited here");
+    if (hasDoctype_) errAt(open, "Only one document type declaration is allowed");
+    hasDoctype_ = true;
+    cursor_ += 9;
+    if (atEnd() || !kWhitespace[*cursor_]) errExpected(cursor_, "whitespace after '<!DOCTYPE'");
+    readS();
+    const Byte* name = scanStrictName();
+    checkQName(name, cursor_, "document type");
+    const Byte* spaced = cursor_;
+    readS();
+    if (startsWith(cursor_, limit_, "SYSTEM") || startsWith(cursor_, limit_, "PUBLIC")) {
+        if (spaced == cursor_) errExpected(cursor_, "whitespace before the external identifier");
+        readStrictExternalId();
+        readS();
+    }
+    if (!atEnd() && *cursor_ == '[') {
+        ++cursor_;
+        skipInternalSubset();
+        readS();
+    }
+    if (atEnd() || *cursor_ != '>')
+        errExpected(cursor_, "'>' to end the document type declaration");
+    ++cursor_;
+}
+
+// SYSTEM "uri", or PUBLIC "public id" "uri"; nothing is fetched.
+void QzXmlReader::readStrictExternalId() {
+    const bool isPublic = *cursor_ == 'P';
+    cursor_ += 6;
+    if (atEnd() || !kWhitespace[*cursor_]) errExpected(cursor_, "whitespace after the keyword");
+    readS();
+    if (isPublic) {
+        const Byte* id = readStrictLiteral("a quoted public identifier");
+        for (const Byte* p = id; p < cursor_ - 1; ++p) {
+            if (!isPubidChar(*p)) {
+                errAt(p, "The character " + QzXmlCharChecks::describe(p, limit_) +
+                             " is not allowed in a public identifier");
+            }
+        }
+        if (atEnd() || !kWhitespace[*cursor_]) {
+            errExpected(cursor_, "whitespace before the system identifier");
+        }
+        readS();
+    }
+    readStrictLiteral("a quoted system identifier");
+}
+
+void QzXmlReader::skipInternalSubset() {
+    for (;;) {
+        readS();
+        if (atEnd()) errAt(cursor_, "Premature EOF: the internal subset is not closed by ']'");
+        const Byte* open = cursor_;
+        if (*cursor_ == ']') {
+            ++cursor_;
+            return;
+        }
+        if (*cursor_ == '%') {
+            ++cursor_;
+            scanStrictName();
+            if (atEnd() || *cursor_ != ';')
+                errExpected(cursor_, "';' after the parameter entity name");
+            ++cursor_;
+        } else if (startsWith(cursor_, limit_, "<!--")) {
+            cursor_ += 4;
+            readStrictComment(open);
+        } else if (startsWith(cursor_, limit_, "<?")) {
+            cursor_ += 2;
+            readStrictPI(open);
+        } else if (startsWith(cursor_, limit_, "<!")) {
+            // A markup declaration: up to its ">", quoted literals skipped whole.
+            for (cursor_ += 2; !atEnd() && *cursor_ != '>';) {
+                if (*cursor_ == '"' || *cursor_ == '\'') {
+                    readStrictLiteral("a literal");
+                } else {
+                    ++cursor_;
+                }
+            }
+            if (atEnd()) errAt(cursor_, "Premature EOF: a markup declaration is not closed by '>'");
+            ++cursor_;
+        } else {
+            errExpected(cursor_, "a markup declaration, comment, processing instruction or ']'");
+        }
+    }
+}
+
+// ---- Tags
+
+// Namespace constraints on the tag just read, whose declarations are in scope: qualified
+// names, declared prefixes, legal declarations, attributes unique by name and by expanded name.
+void QzXmlReader::checkStrictTag(const Byte* name, const Byte* nameEnd) {
+    if (depth_ == (nodeType_ == StartTag ? 1 : 0)) rootSeen_ = true;
+    checkQName(name, nameEnd, "element");
+    const char* colon = findColon(chars(name), chars(nameEnd));
+    if (colon != chars(nameEnd)) {
+        const QzCString prefix(chars(name), colon - chars(name));
+        if (prefix == "xmlns")
+            errAt(name, "The prefix 'xmlns' is reserved for namespace declarations");
+        if (namespaceStack_.getURIForPrefix(prefix).empty()) {
+            errAt(name, "The namespace prefix '" + prefix + "' of element '" +
+                            QzCString(chars(name), nameEnd - name) + "' is not declared");
+        }
+    }
+    for (const StagedAttribute& a : staged_) {
+        checkQName(a.name, a.name + a.nameLength, "attribute");
+        if (declares(a)) {
+            checkDeclaration(a);
+        } else if (a.localStart != 0) {
+            const QzCString prefix(chars(a.name), a.localStart - 1);
+            if (namespaceStack_.getURIForPrefix(prefix).empty()) {
+                errAt(a.name, "The namespace prefix '" + prefix + "' of attribute '" +
+                                  QzCString(chars(a.name), a.nameLength) + "' is not declared");
+            }
+        }
+    }
+    if (staged_.size() > 1) checkUniqueAttributes();
+    if (nodeType_ == StartTag) {
+        openStarts_.push_back(openNames_.length());
+        openNames_.append(chars(name), nameEnd - name);
+    }
+}
+
+// xmlns is never declared; xml only with its own namespace, which no other prefix takes;
+// the xmlns namespace is never bound; a prefix is never undeclared.
+void QzXmlReader::checkDeclaration(const StagedAttribute& a) {
+    const QzCString value(a.valueText, a.valueLength);
+    const QzCString prefix =
+        a.localStart != 0 ? QzCString(chars(a.name) + a.localStart, a.nameLength - a.localStart)
+                          : QzCString();
+    const char* problem = nullptr;
+    if (prefix == "xmlns") {
+        problem = "The prefix 'xmlns' cannot be declared";
+    } else if (prefix == "xml" ? value != kXmlNamespace : value == kXmlNamespace) {
+        problem =
+            "The prefix 'xml' is bound to http://www.w3.org/XML/1998/namespace, and that "
+            "namespace to no other prefix";
+    } else if (value == kXmlnsNamespace) {
+        problem = "The namespace http://www.w3.org/2000/xmlns/ cannot be bound";
+    } else if (!prefix.empty() && value.empty()) {
+        problem = "A prefix cannot be undeclared: its namespace name must not be empty";
+    }
+    if (problem != nullptr) errAt(a.name, problem);
+}
+
+// No two attributes share a qualified name, nor (namespace declarations aside) a namespace
+// and a local name.
+void QzXmlReader::checkUniqueAttributes() {
+    const auto byKey = [](const AttributeKey& a, const AttributeKey& b) {
+        return a.space != b.space   ? a.space < b.space
+               : a.local != b.local ? a.local < b.local
+                                    : a.index < b.index;
+    };
+    const auto findRepeat = [this, &byKey](const char* what) {
+        std::sort(attributeKeys_.begin(), attributeKeys_.end(), byKey);
+        for (std::size_t i = 1; i < attributeKeys_.size(); ++i) {
+            const AttributeKey& a = attributeKeys_[i - 1];
+            const AttributeKey& b = attributeKeys_[i];
+            if (a.space != b.space || a.local != b.local) continue;
+            const StagedAttribute& second = staged_[std::max(a.index, b.index)];
+            errAt(second.name, "The attribute '" +
+                                   QzCString(chars(second.name), second.nameLength) + "' repeats " +
+                                   what + " of an attribute before it");
+        }
+    };
+    attributeKeys_.clear();
+    for (std::size_t i = 0; i < staged_.size(); ++i) {
+        const StagedAttribute& a = staged_[i];
+        const std::string_view name(chars(a.name), a.nameLength);
+        attributeKeys_.push_back({name.substr(0, a.localStart), name.substr(a.localStart), i});
+    }
+    findRepeat("the name");
+    attributeKeys_.clear();
+    for (std::size_t i = 0; i < staged_.size(); ++i) {
+        const StagedAttribute& a = staged_[i];
+        if (declares(a) || a.localStart == 0) continue;
+        const QzCString& uri =
+            namespaceStack_.getURIForPrefix(QzCString(chars(a.name), a.localStart - 1));
+        const std::string_view local(chars(a.name) + a.localStart, a.nameLength - a.localStart);
+        attributeKeys_.push_back({std::string_view(uri.data(), uri.length()), local, i});
+    }
+    findRepeat("the namespace and local name");
+}
+
+// The end tag closes the innermost open element, by its name as written.
+void QzXmlReader::checkStrictEndTag(const Byte* name, const Byte* nameEnd) {
+    const std::string_view written(chars(name), nameEnd - name);
+    if (openStarts_.empty()) {
+        errAt(name, "The end tag </" + QzCString(written.data(), written.size()) +
+                        "> closes no open element");
+    }
+    const std::string_view open(openNames_.data() + openStarts_.back(),
+                                openNames_.length() - openStarts_.back());
+    if (written != open) {
+        errAt(name, "The end tag </" + QzCString(written.data(), written.size()) +
+                        "> does not match the start tag <" + QzCString(open.data(), open.size()) +
+                        ">");
+    }
+    openNames_.resize(openStarts_.back());
+    openStarts_.pop_back();
+}
+
+// ---- Content
+
+// After the root element only comments, processing instructions and whitespace may come.
+bool QzXmlReader::strictEof() {
+    if (depth_ > 0 || !rootSeen_) {
+        if (!atEnd()) return false;
+        if (!rootSeen_) errAt(cursor_, "The document has no root element");
+        errAt(cursor_, "The document ends inside element <" +
+                           QzCString(openNames_.data() + openStarts_.back(),
+                                     openNames_.length() - openStarts_.back()) +
+                           ">");
+    }
+    while (readStrictMisc()) {
+    }
+    if (atEnd()) return true;
+    errExpected(cursor_,
+                "only comments, processing instructions and whitespace after the root "
+                "element");
+}
+
+void QzXmlReader::readStrictNextNode() {
+    if (depth_ == 0 && rootSeen_) {
+        strictEof();
+        prematureEof();
+    }
+    for (;;) {
+        if (atEnd()) strictEof();
+        if (*cursor_ != '<') {
+            readStrictContent();
+            return;
+        }
+        const Byte* open = cursor_;
+        if (startsWith(cursor_, limit_, "<?")) {
+            cursor_ += 2;
+            readStrictPI(open);
+            logMarkup(open, false);
+        } else if (startsWith(cursor_, limit_, "<!--")) {
+            cursor_ += 4;
+            readStrictComment(open);
+            logMarkup(open, false);
+        } else if (startsWith(cursor_, limit_, "<![CDATA[")) {
+            readStrictContent();
+            return;
+        } else if (limit_ - cursor_ >= 2 && cursor_[1] == '!') {
+            errExpected(cursor_ + 2, "'--' or '[CDATA[' after '<!'");
+        } else {
+            lastTagStart_ = cursor_++;
+            readTag();
+            return;
+        }
+    }
+}
+
+// Text up to the next tag: references checked and expanded, CDATA sections taken as they
+// are, comments and instructions skipped; "]]>" is not allowed in it.
+void QzXmlReader::readStrictContent() {
+    nodeType_ = Content;
+    value_.resize(0);
+    const Byte* start = cursor_;
+    for (;;) {
+        Byte* stop = findStop(cursor_, limit_, kContentStop);
+        for (const Byte* p = cursor_; (p = static_cast<const Byte*>(std::memchr(p, ']', stop - p)));
+             ++p) {
+            if (startsWith(p, stop, "]]>")) errAt(p, "']]>' is not allowed in text");
+        }
+        value_.append(chars(cursor_), stop - cursor_);
+        cursor_ = stop;
+        if (depth_ == 0 &&
+            !QzXmlUtils::stripWhiteSpaceAndNewlines(value_, QzCString::both).empty()) {
+            errAt(start, "Text is not allowed outside the root element");
+        }
+        if (atEnd()) strictEof();
+        if (*cursor_ == '&') {
+            ++cursor_;
+            appendStrictReference(value_);
+        } else if (!readStrictMarkupInContent()) {
+            break;
+        }
+    }
+    checkTextLength(start, value_.length());
+}
+
+// With the cursor on a "<" inside text: reads a comment, instruction or CDATA section and
+// answers true, or answers false for a tag.
+bool QzXmlReader::readStrictMarkupInContent() {
+    const Byte* open = cursor_;
+    if (startsWith(cursor_, limit_, "<?")) {
+        cursor_ += 2;
+        readStrictPI(open);
+        logMarkup(open, true);
+    } else if (startsWith(cursor_, limit_, "<!--")) {
+        cursor_ += 4;
+        readStrictComment(open);
+        logMarkup(open, true);
+    } else if (startsWith(cursor_, limit_, "<![CDATA[")) {
+        if (depth_ == 0) errAt(cursor_, "A CDATA section is not allowed outside the root element");
+        cursor_ += 9;
+        readStrictCDATA();
+    } else if (limit_ - cursor_ >= 2 && cursor_[1] == '!') {
+        errExpected(cursor_ + 2, "'--' or '[CDATA[' after '<!'");
+    } else {
+        return false;
+    }
+    return true;
+}
+
+// The cursor after "<!--"; no "--" before the closing "-->".
+void QzXmlReader::readStrictComment(const Byte* open) {
+    for (const Byte* p = cursor_;;) {
+        const void* dash = std::memchr(p, '-', limit_ - p);
+        if (dash == nullptr) errAt(open, "The comment is not closed by '-->'");
+        p = static_cast<const Byte*>(dash);
+        if (limit_ - p >= 2 && p[1] == '-') {
+            if (limit_ - p < 3 || p[2] != '>') errAt(p, "'--' is not allowed inside a comment");
+            cursor_ = const_cast<Byte*>(p) + 3;
+            return;
+        }
+        ++p;
+    }
+}
+
+// The cursor after "<?"; the target is a name without colons and not "xml" in any case.
+void QzXmlReader::readStrictPI(const Byte* open) {
+    const Byte* target = scanStrictName();
+    const std::size_t length = cursor_ - target;
+    if (equalsIgnoringCase(target, length, "XML")) {
+        errAt(open, std::memcmp(target, "xml", 3) == 0
+                        ? "The XML declaration is allowed only at the start of the document"
+                        : "Processing instruction targets 'xml' in any case are reserved");
+    }
+    if (findColon(chars(target), chars(cursor_)) != chars(cursor_)) {
+        errAt(target, "A processing instruction target must not contain a colon");
+    }
+    if (startsWith(cursor_, limit_, "?>")) {
+        cursor_ += 2;
+        return;
+    }
+    if (atEnd() || !kWhitespace[*cursor_])
+        errExpected(cursor_, "whitespace or '?>' after the target");
+    for (const Byte* p = cursor_;;) {
+        const void* q = std::memchr(p, '?', limit_ - p);
+        if (q == nullptr) errAt(open, "The processing instruction is not closed by '?>'");
+        p = static_cast<const Byte*>(q) + 1;
+        if (p < limit_ && *p == '>') {
+            cursor_ = const_cast<Byte*>(p) + 1;
+            return;
+        }
+    }
+}
+
+// The cursor after "<![CDATA["; the section up to "]]>" is text as it stands.
+void QzXmlReader::readStrictCDATA() {
+    for (const Byte* p = cursor_;;) {
+        const void* bracket = std::memchr(p, ']', limit_ - p);
+        if (bracket == nullptr) errAt(cursor_ - 9, "The CDATA section is not closed by ']]>'");
+        p = static_cast<const Byte*>(bracket);
+        if (startsWith(p, limit_, "]]>")) {
+            value_.append(chars(cursor_), p - cursor_);
+            cursor_ = const_cast<Byte*>(p) + 3;
+            return;
+        }
+        ++p;
+    }
+}
+
+// Values are normalised: each tab and line feed (line ends are line feeds already) becomes
+// a space; references are expanded, a character reference to whitespace kept as it is.
+void QzXmlReader::readStrictAttributeValue(Byte quote, StagedAttribute& attribute) {
+    const ByteTable& stops = quote == '"' ? kStrictDoubleQuoted : kStrictSingleQuoted;
+    Byte* stop = skipUntil(cursor_, limit_, stops);
+    if (stop < limit_ && *stop == quote) {
+        attribute.value = cursor_;
+        attribute.valueLength = stop - cursor_;
+        cursor_ = stop + 1;
+        return;
+    }
+    attribute.valueStart = expandedValues_.length();
+    for (;;) {
+        expandedValues_.append(chars(cursor_), stop - cursor_);
+        cursor_ = stop;
+        if (atEnd()) errAt(attribute.name, "The attribute value is not closed by its quote");
+        const Byte b = *cursor_++;
+        if (b == quote) break;
+        if (b == '<') errAt(cursor_ - 1, "'<' is not allowed in an attribute value");
+        if (b == '&') {
+            appendStrictReference(expandedValues_);
+        } else {
+            expandedValues_ += ' ';
+        }
+        stop = skipUntil(cursor_, limit_, stops);
+    }
+    attribute.valueLength = expandedValues_.length() - attribute.valueStart;
+}
+
+// The cursor after "&": a character reference to a character XML allows, or a name and ";".
+// The five predefined entities are expanded; another entity passes through as written when
+// the document has a document type declaration that might declare it, and is an error
+// otherwise.
+void QzXmlReader::appendStrictReference(QzCString& out) {
+    const Byte* amp = cursor_ - 1;
+    if (!atEnd() && *cursor_ == '#') {
+        ++cursor_;
+        const bool hex = !atEnd() && *cursor_ == 'x';
+        if (hex) ++cursor_;
+        std::uint32_t value = 0;
+        const Byte* digits = cursor_;
+        for (; !atEnd(); ++cursor_) {
+            const int digit = hex ? (std::isxdigit(*cursor_)
+                                         ? (std::isdigit(*cursor_) ? *cursor_ - '0'
+                                                                   : (*cursor_ | 0x20) - 'a' + 10)
+                                         : -1)
+                                  : (std::isdigit(*cursor_) ? *cursor_ - '0' : -1);
+            if (digit < 0) break;
+            value = std::min<std::uint32_t>(value * (hex ? 16 : 10) + digit, 0x110000);
+        }
+        if (cursor_ == digits) errExpected(cursor_, hex ? "hexadecimal digits" : "decimal digits");
+        if (atEnd() || *cursor_ != ';') errExpected(cursor_, "';' to end the character reference");
+        ++cursor_;
+        if (!QzXmlCharChecks::isChar(value)) {
+            errAt(amp, "The character reference " + QzCString(chars(amp), cursor_ - amp) +
+                           " names a character XML does not allow");
+        }
+        appendCharacter(out, value);
+        return;
+    }
+    const Byte* name = scanStrictName();
+    const std::size_t length = cursor_ - name;
+    if (atEnd() || *cursor_ != ';') errExpected(cursor_, "';' to end the entity reference");
+    ++cursor_;
+    static const struct {
+        const char* name;
+        std::size_t length;
+        char text;
+    } predefined[] = {
+        {"lt", 2, '<'}, {"gt", 2, '>'}, {"amp", 3, '&'}, {"apos", 4, '\''}, {"quot", 4, '"'}};
+    for (const auto& entity : predefined) {
+        if (entity.length == length && std::memcmp(entity.name, name, length) == 0) {
+            out += entity.text;
+            return;
+        }
+    }
+    if (!hasDoctype_) {
+        errAt(amp, "The entity '" + QzCString(chars(name), length) +
+                       "' is not declared: without a document type declaration only lt, gt, "
+                       "amp, apos and quot are");
+    }
+    out.append(chars(amp), cursor_ - amp);
 }

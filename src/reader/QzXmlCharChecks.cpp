@@ -1,0 +1,163 @@
+#include "QzXmlCharChecks.h"
+
+#include <cstdio>
+#include <cstring>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace {
+
+using Byte = QzXmlCharChecks::Byte;
+
+// Control characters XML forbids: all below space but tab, line feed and carriage return.
+constexpr bool isForbiddenControl(Byte b) {
+    return b < 0x20 && b != '\t' && b != '\n' && b != '\r';
+}
+
+bool inRange(Byte b, Byte low, Byte high) {
+    return b >= low && b <= high;
+}
+
+// Length of the well-formed UTF-8 sequence of an allowed character at p, or 0. Overlong
+// forms, surrogates, U+FFFE and U+FFFF, and code points past U+10FFFF are refused.
+int validSequence(const Byte* p, const Byte* last) {
+    const Byte b0 = p[0];
+    const std::ptrdiff_t left = last - p;
+    if (b0 < 0x80) return isForbiddenControl(b0) ? 0 : 1;
+    if (inRange(b0, 0xC2, 0xDF)) return left >= 2 && inRange(p[1], 0x80, 0xBF) ? 2 : 0;
+    if (inRange(b0, 0xE0, 0xEF)) {
+        if (left < 3 || !inRange(p[2], 0x80, 0xBF)) return 0;
+        const Byte low = b0 == 0xE0 ? 0xA0 : 0x80;
+        const Byte high = b0 == 0xED ? 0x9F : 0xBF;
+        if (!inRange(p[1], low, high)) return 0;
+        if (b0 == 0xEF && p[1] == 0xBF && p[2] >= 0xBE) return 0;
+        return 3;
+    }
+    if (inRange(b0, 0xF0, 0xF4)) {
+        if (left < 4 || !inRange(p[2], 0x80, 0xBF) || !inRange(p[3], 0x80, 0xBF)) return 0;
+        const Byte low = b0 == 0xF0 ? 0x90 : 0x80;
+        const Byte high = b0 == 0xF4 ? 0x8F : 0xBF;
+        return inRange(p[1], low, high) ? 4 : 0;
+    }
+    return 0;
+}
+
+QzCString hexCode(const char* format, unsigned value) {
+    char text[96];
+    std::snprintf(text, sizeof text, format, value);
+    return QzCString(text);
+}
+
+}  // namespace
+
+const Byte* QzXmlCharChecks::firstInvalidCharacter(const Byte* first, const Byte* last,
+                                                   bool& sawCR) {
+    const Byte* p = first;
+    while (p < last) {
+#ifdef __SSE2__
+        // Plain ASCII text without control characters goes sixteen bytes a step.
+        const __m128i space = _mm_set1_epi8(0x20);
+        for (; last - p >= 16; p += 16) {
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+            // Bytes from 0x80 are negative as signed: one compare finds them and controls.
+            if (_mm_movemask_epi8(_mm_cmplt_epi8(v, space)) != 0) break;
+        }
+#endif
+        if (p >= last) break;
+        if (*p == '\r') sawCR = true;
+        const int length = validSequence(p, last);
+        if (length == 0) return p;
+        p += length;
+    }
+    return last;
+}
+
+QzCString QzXmlCharChecks::describeInvalidCharacter(const Byte* at, const Byte* last) {
+    const Byte b0 = *at;
+    if (b0 < 0x80) return hexCode("Character U+%04X is not allowed in XML", b0);
+    // A complete sequence that decodes to a refused code point is named by that code point.
+    const int length = b0 >= 0xF0 ? 4 : b0 >= 0xE0 ? 3 : 2;
+    bool complete = last - at >= length && b0 >= 0xC2 && b0 <= 0xF4;
+    for (int i = 1; complete && i < length; ++i)
+        complete = (at[i] & 0xC0) == 0x80;
+    if (complete) {
+        const Byte* p = at;
+        const std::uint32_t c = decode(p);
+        const bool overlong = (length == 3 && c < 0x800) || (length == 4 && c < 0x10000);
+        if (!overlong && c <= 0x10FFFF) return hexCode("Character U+%04X is not allowed in XML", c);
+    }
+    return hexCode("Invalid UTF-8: byte 0x%02X does not start a well-formed sequence", b0);
+}
+
+Byte* QzXmlCharChecks::normalizeLineEnds(Byte* first, Byte* last) {
+    Byte* cr = static_cast<Byte*>(std::memchr(first, '\r', last - first));
+    if (cr == nullptr) return last;
+    Byte* out = cr;
+    for (const Byte* in = cr; in < last;) {
+        if (*in == '\r') {
+            *out++ = '\n';
+            in += (in + 1 < last && in[1] == '\n') ? 2 : 1;
+        } else {
+            *out++ = *in++;
+        }
+    }
+    return out;
+}
+
+std::uint32_t QzXmlCharChecks::decode(const Byte*& p) {
+    const Byte b0 = *p++;
+    if (b0 < 0x80) return b0;
+    if (b0 < 0xE0) return (b0 & 0x1Fu) << 6 | (*p++ & 0x3Fu);
+    if (b0 < 0xF0) {
+        const std::uint32_t c = (b0 & 0x0Fu) << 12 | (p[0] & 0x3Fu) << 6 | (p[1] & 0x3Fu);
+        p += 2;
+        return c;
+    }
+    const std::uint32_t c =
+        (b0 & 0x07u) << 18 | (p[0] & 0x3Fu) << 12 | (p[1] & 0x3Fu) << 6 | (p[2] & 0x3Fu);
+    p += 3;
+    return c;
+}
+
+bool QzXmlCharChecks::isChar(std::uint32_t c) {
+    if (c < 0x20) return c == '\t' || c == '\n' || c == '\r';
+    return c <= 0xD7FF || (c >= 0xE000 && c <= 0xFFFD) || (c >= 0x10000 && c <= 0x10FFFF);
+}
+
+bool QzXmlCharChecks::isNameStartChar(std::uint32_t c) {
+    if (c < 0x80) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == ':';
+    }
+    return (c >= 0xC0 && c <= 0xD6) || (c >= 0xD8 && c <= 0xF6) || (c >= 0xF8 && c <= 0x2FF) ||
+           (c >= 0x370 && c <= 0x37D) || (c >= 0x37F && c <= 0x1FFF) ||
+           (c >= 0x200C && c <= 0x200D) || (c >= 0x2070 && c <= 0x218F) ||
+           (c >= 0x2C00 && c <= 0x2FEF) || (c >= 0x3001 && c <= 0xD7FF) ||
+           (c >= 0xF900 && c <= 0xFDCF) || (c >= 0xFDF0 && c <= 0xFFFD) ||
+           (c >= 0x10000 && c <= 0xEFFFF);
+}
+
+bool QzXmlCharChecks::isNameChar(std::uint32_t c) {
+    if (isNameStartChar(c)) return true;
+    if (c < 0x80) return c == '-' || c == '.' || (c >= '0' && c <= '9');
+    return c == 0xB7 || (c >= 0x300 && c <= 0x36F) || (c >= 0x203F && c <= 0x2040);
+}
+
+const Byte* QzXmlCharChecks::invalidNameCharacter(const Byte* first, const Byte* last) {
+    for (const Byte* p = first; p < last;) {
+        const Byte* at = p;
+        const std::uint32_t c = decode(p);
+        if (at == first ? !isNameStartChar(c) : !isNameChar(c)) return at;
+    }
+    return last;
+}
+
+QzCString QzXmlCharChecks::describe(const Byte* p, const Byte* last) {
+    if (p >= last) return QzCString("the end of the document");
+    if (*p > 0x20 && *p < 0x7F)
+        return QzCString("'") + QzCString(reinterpret_cast<const char*>(p), 1) + QzCString("'");
+    if (validSequence(p, last) == 0) return hexCode("byte 0x%02X", *p);
+    const Byte* q = p;
+    return hexCode("U+%04X", decode(q));
+}

@@ -1,0 +1,296 @@
+// Reads one document with libxml2 and with the strict reader into the same normalized events,
+// so that the two can be compared: start (URI, local name, attributes sorted by URI and local
+// name, namespace declarations left out), end, and text (adjacent text, CDATA sections and
+// whitespace merged; comments and processing instructions dropped). Shared by the libxml2
+// test and the fuzz_strict target.
+#ifndef QZXML_STRICTORACLE_H
+#define QZXML_STRICTORACLE_H
+
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+#include <libxml/tree.h>
+#include <libxml/xmlerror.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "QzXmlParseError.h"
+#include "QzXmlReader.h"
+#include "QzXmlReaderOptions.h"
+
+namespace strict_oracle {
+
+// Bytes outside printable ASCII as \xNN, so that events print on one line.
+inline std::string quote(const std::string& s) {
+    std::string out = "\"";
+    for (unsigned char c : s) {
+        if (c == '"' || c == '\\') {
+            out += '\\';
+            out += static_cast<char>(c);
+        } else if (c < 0x20 || c == 0x7f) {
+            char hex[5];
+            std::snprintf(hex, sizeof hex, "\\x%02x", c);
+            out += hex;
+        } else {
+            out += static_cast<char>(c);
+        }
+    }
+    return out + "\"";
+}
+
+struct Attribute {
+    std::string uri, local, value;
+    bool operator<(const Attribute& o) const {
+        return std::tie(uri, local, value) < std::tie(o.uri, o.local, o.value);
+    }
+};
+
+// Builds the normalized events, one line each.
+class Events {
+public:
+    void start(const std::string& uri, const std::string& local, std::vector<Attribute> attrs) {
+        flush();
+        std::sort(attrs.begin(), attrs.end());
+        std::string line = "start {" + uri + "}" + local;
+        for (const Attribute& a : attrs) line += " {" + a.uri + "}" + a.local + "=" + quote(a.value);
+        lines_.push_back(line);
+        ++depth_;
+    }
+    void end() {
+        flush();
+        lines_.push_back("end");
+        --depth_;
+    }
+    void text(const std::string& s) { text_ += s; }
+    std::vector<std::string> finish() {
+        flush();
+        return std::move(lines_);
+    }
+
+private:
+    void flush() {
+        // Outside the root only whitespace is well-formed, and libxml2 does not report it.
+        const bool blank = text_.find_first_not_of(" \t\r\n") == std::string::npos;
+        if (!text_.empty() && !(depth_ == 0 && blank)) lines_.push_back("text " + quote(text_));
+        text_.clear();
+    }
+    std::vector<std::string> lines_;
+    std::string text_;
+    int depth_ = 0;
+};
+
+struct Reading {
+    bool accepted = false;
+    std::string error;  ///< the first error, when rejected
+    std::vector<std::string> events;
+};
+
+// libxml2's reading, with what it saw of a document type declaration.
+struct OracleReading : Reading {
+    int code = 0;                 ///< libxml2's code of the first error
+    bool doctype = false;         ///< the document has a document type declaration
+    bool subsetError = false;     ///< the first error lies in the internal subset
+    bool subsetDeclares = false;  ///< the internal subset declares entities or attribute defaults
+};
+
+namespace detail {
+
+struct Collector {
+    OracleReading* reading;
+    bool inInternalSubset = false;
+    bool failed = false;
+};
+
+inline Collector*& collector() {
+    static thread_local Collector* current = nullptr;
+    return current;
+}
+
+inline void ignore(void*, const char*, ...) {}
+
+inline void onError(void*, xmlErrorPtr error) {
+    Collector* c = collector();
+    if (c == nullptr || error == nullptr || error->level < XML_ERR_ERROR || c->failed) return;
+    c->failed = true;
+    c->reading->code = error->code;
+    std::string message = error->message ? error->message : "";
+    while (!message.empty() && message.back() == '\n') message.pop_back();
+    c->reading->error = message + " (line " + std::to_string(error->line) + ", code " +
+                        std::to_string(error->code) + ")";
+    const auto* ctxt = static_cast<const xmlParserCtxt*>(error->ctxt);
+    c->reading->subsetError = c->inInternalSubset && ctxt != nullptr && ctxt->inSubset == 1;
+}
+
+// Called once the name and external identifier are read, just before any internal subset.
+inline void onInternalSubset(void* ctx, const xmlChar* name, const xmlChar* publicId,
+                             const xmlChar* systemId) {
+    xmlSAX2InternalSubset(ctx, name, publicId, systemId);
+    Collector* c = collector();
+    const auto* ctxt = static_cast<const xmlParserCtxt*>(ctx);
+    c->reading->doctype = true;
+    c->inInternalSubset = ctxt->input->cur < ctxt->input->end && *ctxt->input->cur == '[';
+}
+
+inline std::string str(const xmlChar* s) { return s ? reinterpret_cast<const char*>(s) : ""; }
+
+// Text and CDATA as they are, a reference to an entity as written (entities are not
+// substituted, and strict mode passes unknown ones through literally).
+inline std::string textOf(const xmlNode* node) {
+    if (node->type == XML_ENTITY_REF_NODE) return "&" + str(node->name) + ";";
+    return str(node->content);
+}
+
+inline std::string valueOf(const xmlAttr* attribute) {
+    std::string out;
+    for (const xmlNode* n = attribute->children; n != nullptr; n = n->next) out += textOf(n);
+    return out;
+}
+
+inline void walk(const xmlNode* node, Events& events) {
+    for (; node != nullptr; node = node->next) {
+        switch (node->type) {
+            case XML_ELEMENT_NODE: {
+                std::vector<Attribute> attrs;
+                for (const xmlAttr* a = node->properties; a != nullptr; a = a->next)
+                    attrs.push_back({a->ns ? str(a->ns->href) : "", str(a->name), valueOf(a)});
+                events.start(node->ns ? str(node->ns->href) : "", str(node->name), attrs);
+                walk(node->children, events);
+                events.end();
+                break;
+            }
+            case XML_TEXT_NODE:
+            case XML_CDATA_SECTION_NODE:
+            case XML_ENTITY_REF_NODE:
+                events.text(textOf(node));
+                break;
+            default:
+                break;
+        }
+    }
+}
+
+// Declarations whose effect on the document waits for the internal subset to be interpreted:
+// general entities, and attributes with a default or a type that normalizes their values.
+inline bool declaresWhatMatters(const xmlDtd* dtd) {
+    if (dtd == nullptr) return false;
+    for (const xmlNode* n = dtd->children; n != nullptr; n = n->next) {
+        if (n->type == XML_ENTITY_DECL) {
+            const auto* e = reinterpret_cast<const xmlEntity*>(n);
+            if (e->etype != XML_INTERNAL_PARAMETER_ENTITY &&
+                e->etype != XML_EXTERNAL_PARAMETER_ENTITY)
+                return true;
+        } else if (n->type == XML_ATTRIBUTE_DECL) {
+            const auto* a = reinterpret_cast<const xmlAttribute*>(n);
+            if (a->defaultValue != nullptr || a->atype != XML_ATTRIBUTE_CDATA) return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace detail
+
+// libxml2 without network access, entity substitution or attribute defaulting: well-formed
+// only when it reports neither a well-formedness nor a namespace error.
+inline OracleReading readWithLibxml2(const std::string& document) {
+    OracleReading reading;
+    detail::Collector collector{&reading};
+    detail::collector() = &collector;
+    xmlSetStructuredErrorFunc(nullptr, detail::onError);
+    xmlSetGenericErrorFunc(nullptr, detail::ignore);
+    xmlParserCtxtPtr ctxt =
+        xmlCreateMemoryParserCtxt(document.data(), static_cast<int>(document.size()));
+    if (ctxt == nullptr) {
+        reading.error = "libxml2 made no parser";
+        detail::collector() = nullptr;
+        return reading;
+    }
+    xmlCtxtUseOptions(ctxt, XML_PARSE_NONET);
+    ctxt->sax->internalSubset = detail::onInternalSubset;
+    xmlParseDocument(ctxt);
+    reading.accepted = ctxt->wellFormed && ctxt->nsWellFormed && !collector.failed;
+    if (!reading.accepted && reading.error.empty()) reading.error = "not well-formed";
+    if (ctxt->myDoc != nullptr) {
+        reading.subsetDeclares = detail::declaresWhatMatters(ctxt->myDoc->intSubset);
+        if (reading.accepted) {
+            Events events;
+            detail::walk(ctxt->myDoc->children, events);
+            reading.events = events.finish();
+        }
+        xmlFreeDoc(ctxt->myDoc);
+    }
+    xmlFreeParserCtxt(ctxt);
+    detail::collector() = nullptr;
+    return reading;
+}
+
+inline QzXmlReaderOptions strictOptions() {
+    QzXmlReaderOptions options;
+    options.strict = true;
+    return options;
+}
+
+// The strict reader made by makeReader, walked to the end. Only QzXmlParseError is caught.
+template <class MakeReader>
+Reading readStrict(const MakeReader& makeReader) {
+    Reading reading;
+    Events events;
+    try {
+        std::unique_ptr<QzXmlReader> reader = makeReader();
+        while (!reader->eof()) {
+            reader->readNextNode();
+            const int type = reader->getNodeType();
+            if (type == QzXmlReader::StartTag || type == QzXmlReader::EmptyElement) {
+                std::vector<Attribute> attrs;
+                for (const QzXmlAttribute& a : reader->getCurrentAttributes()) {
+                    const QzXmlName& n = a.getName();
+                    const std::string prefix(n.getPrefix().data(), n.getPrefix().length());
+                    const std::string local(n.getLocalName().data(), n.getLocalName().length());
+                    if (prefix == "xmlns" || (prefix.empty() && local == "xmlns")) continue;
+                    attrs.push_back({std::string(n.getURI().data(), n.getURI().length()), local,
+                                     std::string(a.getValue().data(), a.getValue().length())});
+                }
+                const QzXmlName& name = reader->getCurrentName();
+                events.start(std::string(name.getURI().data(), name.getURI().length()),
+                             std::string(name.getLocalName().data(), name.getLocalName().length()),
+                             attrs);
+                if (type == QzXmlReader::EmptyElement) events.end();
+            } else if (type == QzXmlReader::EndTag) {
+                events.end();
+            } else if (type == QzXmlReader::Content) {
+                events.text(std::string(reader->getValue().data(), reader->getValue().length()));
+            }
+        }
+        reading.accepted = true;
+    } catch (const QzXmlParseError& e) {
+        reading.error = std::string(QzCString(e.why()).data()) + " (" +
+                        std::to_string(e.getLine()) + ":" + std::to_string(e.getColumn()) + ")";
+    }
+    reading.events = events.finish();
+    return reading;
+}
+
+inline Reading readStrict(const std::string& document,
+                          const QzXmlReaderOptions& options = strictOptions()) {
+    return readStrict([&] {
+        return std::make_unique<QzXmlReader>(QzCString(document.data(), document.size()), options);
+    });
+}
+
+// The first event where a and b differ, as "index: a | b".
+inline std::string firstDifference(const std::vector<std::string>& a,
+                                   const std::vector<std::string>& b) {
+    for (std::size_t i = 0; i < a.size() || i < b.size(); ++i) {
+        const std::string x = i < a.size() ? a[i] : "(none)";
+        const std::string y = i < b.size() ? b[i] : "(none)";
+        if (x != y) return "event " + std::to_string(i) + ": libxml2 " + x + " | qzxml " + y;
+    }
+    return "";
+}
+
+}  // namespace strict_oracle
+
+#endif
