@@ -155,7 +155,7 @@ const Byte* QzXmlCharChecks::invalidNameCharacter(const Byte* first, const Byte*
 
 QzCString QzXmlCharChecks::describe(const Byte* p, const Byte* last) {
     if (p >= last) return QzCString("the end of the document");
-    if (*p > 0x20 && *p < 0x7F)
+    if (*p >= 0x20 && *p < 0x7F)
         return QzCString("'") + QzCString(reinterpret_cast<const char*>(p), 1) + QzCString("'");
     if (validSequence(p, last) == 0) return hexCode("byte 0x%02X", *p);
     const Byte* q = p;

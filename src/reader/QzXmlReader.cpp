@@ -1030,6 +1030,7 @@ void QzXmlReader::readContent() {
         return;
     }
     value_.resize(0);
+    const Byte* start = cursor_;
     for (;; stop = findStop(cursor_, limit_, kContentStop)) {
         value_.append(chars(cursor_), stop - cursor_);
         cursor_ = stop;
@@ -1043,7 +1044,7 @@ void QzXmlReader::readContent() {
             if (*cursor_ == '\n') ++cursor_;
             value_ += '\n';
         } else if (!readMarkupInContent()) {
-            checkTextLength(cursor_, value_.length());
+            checkTextLength(start, value_.length());
             return;
         }
     }
