@@ -160,9 +160,11 @@ std::string endPosition(const QzCString& text) {
 
 // Parses a document with handler; prints what went wrong and returns false when it is
 // malformed.
-bool parseDocument(const std::string& path, QzCString document, QzXmlContentHandler* handler) {
+bool parseDocument(const std::string& path, QzCString document, QzXmlContentHandler* handler,
+                   const QzXmlReaderOptions& options) {
     QzXmlSAXParser parser;
     parser.setContentHandler(handler);
+    parser.setReaderOptions(options);
     try {
         parser.parse(document);
         return true;
@@ -177,31 +179,43 @@ bool parseDocument(const std::string& path, QzCString document, QzXmlContentHand
 // Whether a document is well-formed and complete, with elements watching it; reports what is
 // wrong with it otherwise. The event parser accepts a document that ends inside an element;
 // this does not.
-bool wellFormed(const std::string& path, const QzCString& document, OpenElements& elements) {
-    if (!parseDocument(path, document, &elements)) return false;
+bool wellFormed(const std::string& path, const QzCString& document, OpenElements& elements,
+                const QzXmlReaderOptions& options) {
+    if (!parseDocument(path, document, &elements, options)) return false;
     if (elements.open.empty()) return true;
     std::cerr << displayName(path) << ':' << endPosition(document)
               << ": document ends inside element " << elements.open.back() << '\n';
     return false;
 }
 
-bool wellFormed(const std::string& path, const QzCString& document) {
+bool wellFormed(const std::string& path, const QzCString& document,
+                const QzXmlReaderOptions& options) {
     OpenElements elements;
-    return wellFormed(path, document, elements);
+    return wellFormed(path, document, elements, options);
+}
+
+// Documents are read strictly unless --lenient asks for the reader's lenient reading.
+QzXmlReaderOptions readerOptions(const CommandLine& line) {
+    QzXmlReaderOptions options;
+    options.strict = !line.has("--lenient");
+    return options;
 }
 
 int runEvents(const Args& args) {
-    if (args.size() != 1) return fail("events", "expects one FILE or -");
+    const CommandLine line = parseCommandLine(args, {{"--lenient", false}});
+    if (!line.error.empty()) return fail("events", line.error);
+    if (line.operands.size() != 1) return fail("events", "expects one FILE or -");
+    const std::string& path = line.operands[0];
     QzCString document;
-    if (!load("events", args[0], document)) return kFailed;
+    if (!load("events", path, document)) return kFailed;
     EventPrinter printer;
-    const bool parsed = parseDocument(args[0], document, &printer);
+    const bool parsed = parseDocument(path, document, &printer, readerOptions(line));
     return std::cout.flush() && parsed ? kOk : kFailed;
 }
 
 int runFormat(const Args& args) {
-    const CommandLine line =
-        parseCommandLine(args, {{"--indent", true}, {"--keep-whitespace", false}});
+    const CommandLine line = parseCommandLine(
+        args, {{"--indent", true}, {"--keep-whitespace", false}, {"--lenient", false}});
     if (!line.error.empty()) return fail("format", line.error);
     if (line.operands.size() != 1) return fail("format", "expects one FILE or -");
     unsigned indent = 2;
@@ -218,24 +232,29 @@ int runFormat(const Args& args) {
     const std::string& path = line.operands[0];
     QzCString document;
     TextHolders holders;
-    if (!load("format", path, document) || !wellFormed(path, document, holders)) return kFailed;
+    const QzXmlReaderOptions options = readerOptions(line);
+    if (!load("format", path, document) || !wellFormed(path, document, holders, options)) {
+        return kFailed;
+    }
     StreamWriter out(std::cout);
     Formatter formatter(out, std::move(holders.verbatim), indent, line.has("--keep-whitespace"));
-    if (!parseDocument(path, document, &formatter)) return kFailed;
+    if (!parseDocument(path, document, &formatter, options)) return kFailed;
     formatter.finish();
     return std::cout ? kOk : kFailed;
 }
 
 int runCheck(const Args& args) {
-    if (args.empty()) return fail("check", "expects one or more FILEs");
+    const CommandLine line = parseCommandLine(args, {{"--lenient", false}});
+    if (!line.error.empty()) return fail("check", line.error);
+    if (line.operands.empty()) return fail("check", "expects one or more FILEs");
     int status = kOk;
-    for (const std::string& path : args) {
+    for (const std::string& path : line.operands) {
         QzCString document;
         if (!load("check", path, document)) {
             status = kFailed;
             continue;
         }
-        if (!wellFormed(path, document)) status = std::max(status, kNo);
+        if (!wellFormed(path, document, readerOptions(line))) status = std::max(status, kNo);
     }
     return status;
 }
@@ -247,15 +266,15 @@ void printPlace(const std::string& path, const QzXmlComparison::Place& place) {
 }
 
 int runCompare(const Args& args) {
-    const CommandLine line =
-        parseCommandLine(args, {{"--whitespace", false}, {"--library", false}});
+    const CommandLine line = parseCommandLine(
+        args, {{"--whitespace", false}, {"--library", false}, {"--lenient", false}});
     if (!line.error.empty()) return fail("compare", line.error);
     if (line.operands.size() != 2) return fail("compare", "expects two FILEs");
     QzCString documents[2];
     for (int i = 0; i < 2; ++i) {
         // Checked one by one first, so that an error names the file it is in.
         if (!load("compare", line.operands[i], documents[i]) ||
-            !wellFormed(line.operands[i], documents[i])) {
+            !wellFormed(line.operands[i], documents[i], readerOptions(line))) {
             return kFailed;
         }
     }
@@ -266,6 +285,7 @@ int runCompare(const Args& args) {
     }
     QzXmlCompareOptions options;
     options.ignoreWhitespaceText = !line.has("--whitespace");
+    options.readerOptions = readerOptions(line);
     const QzXmlComparison comparison =
         QzXmlUtils::compareDocuments(documents[0], documents[1], options);
     if (comparison.equal) {
@@ -309,6 +329,11 @@ int runDuration(const Args& args) {
 
 int runHelp(const Args& args);
 
+// What the reading commands say of how they read.
+#define STRICTNESS                                                                      \
+    "Documents are read as a conforming XML 1.0 and Namespaces processor reads them;\n" \
+    "--lenient reads them as the library's reader does by default.\n"
+
 const Command kCommands[] = {
     {"convert", "convert --from CHARSET --to CHARSET [FILE|-]",
      "convert bytes between character sets (ICU names); reads standard input without FILE",
@@ -327,31 +352,31 @@ const Command kCommands[] = {
      "< is XML Schema's partial order, false both ways when the order is indeterminate.\n"
      "Exit status: 0, also for an invalid duration; 2 on a usage error.\n",
      runDuration},
-    {"events", "events FILE|-",
+    {"events", "events [--lenient] FILE|-",
      "print one line per node: prolog, start (with attributes), end, text; names with a "
      "namespace as {uri}local",
      "A malformed document is reported as FILE:LINE:COLUMN: message after the events\n"
-     "read up to the error.\n"
+     "read up to the error.\n" STRICTNESS
      "Exit status: 0 on success, 2 when the input cannot be read or is malformed.\n",
      runEvents},
-    {"format", "format [--indent N] [--keep-whitespace] FILE|-",
+    {"format", "format [--indent N] [--keep-whitespace] [--lenient] FILE|-",
      "write a document back in UTF-8, indented where that changes nothing it says",
      "Elements that hold only elements are indented by N spaces a level (2 by default),\n"
      "the whitespace between their children replaced. The content of an element that holds\n"
      "text, or is marked xml:space=\"preserve\", is written as it stands. Values and text\n"
      "are escaped so that they read back byte for byte. --keep-whitespace indents nothing\n"
      "and keeps all text: only the spelling of the markup changes. Comments, processing\n"
-     "instructions and the document type declaration are not kept.\n"
+     "instructions and the document type declaration are not kept.\n" STRICTNESS
      "Exit status: 0 on success, 2 when the input cannot be read or is malformed.\n",
      runFormat},
-    {"check", "check FILE...",
+    {"check", "check [--lenient] FILE...",
      "report FILE:LINE:COLUMN: message for each malformed file; exit 1 if any is malformed",
      "A document that ends inside an element is reported at its end. '-' reads\n"
-     "standard input.\n"
+     "standard input.\n" STRICTNESS
      "Exit status: 0 when all are well-formed, 1 when one is malformed, 2 when one cannot\n"
      "be read.\n",
      runCheck},
-    {"compare", "compare [--whitespace] [--library] A B",
+    {"compare", "compare [--whitespace] [--library] [--lenient] A B",
      "tell whether two documents say the same (exit 0) or not (exit 1, with the first "
      "difference); 2 on a parse error",
      "Names are compared by namespace URI and local name, attributes in any order,\n"
@@ -359,7 +384,7 @@ const Command kCommands[] = {
      "instructions are not. Whitespace-only text is skipped unless --whitespace is given.\n"
      "A difference is printed as a line saying what differs, then FILE:LINE:COLUMN: PATH\n"
      "for each document. --library answers by the library's compareXml rules instead.\n"
-     "'-' reads standard input.\n"
+     "'-' reads standard input.\n" STRICTNESS
      "Exit status: 0 when equivalent, 1 when different, 2 when one cannot be read or is\n"
      "malformed.\n",
      runCompare},
