@@ -23,6 +23,14 @@ class QzXmlMarkupLog;
 /// walks the document with readNextNode or the element operations. Every syntax error throws
 /// QzXmlParseError with the line and column reached (columns count bytes of the UTF-8 text).
 /// A reader is used by one thread at a time and is not copyable.
+///
+/// Constructed with QzXmlReaderOptions whose strict member is true, the reader is a
+/// conforming XML 1.0 (fifth edition) and Namespaces processor: every well-formedness and
+/// namespace constraint is checked (those of a document type declaration's internal subset
+/// aside, which is skipped), line ends and attribute values are normalised, the xml prefix is
+/// bound, and references to entities other than the five predefined ones are errors unless the
+/// document has a document type declaration (then they pass through as written). Its messages
+/// name what was found and what was required.
 class QZXML_API QzXmlReader {
 public:
     /// Kind of the current node.
@@ -51,7 +59,9 @@ public:
     QzXmlReader& operator=(const QzXmlReader&) = delete;
 
     /// True when at most one unread byte remains; outside the root element it first skips
-    /// whitespace.
+    /// whitespace. A strict reader answers true only at the document's end, skipping the
+    /// comments and instructions after the root element, and throws QzXmlParseError when
+    /// the document ends inside an element or has anything else after its root.
     bool eof();
     /// Reads the next node of any kind (comments and processing instructions are skipped).
     void readNextNode();

@@ -172,6 +172,14 @@ TEST(QzXmlStrictReader, AttributesAndReferences) {
     EXPECT_EQ(failAt("<a>&#x;</a>"), "1:7 Expected hexadecimal digits, found ';'");
     // With a document type declaration an undeclared entity passes through as written.
     EXPECT_EQ(trace("<!DOCTYPE a><a x='&e;'>&e;</a>"), "<{}a {}x=&e; '&e;' /");
+    // Not expanded when the caller says so, but checked all the same.
+    QzXmlReader unexpanded(QzCString("<a x='&amp;&#65;	'/>"), strict());
+    unexpanded.setExpandReferences(false);
+    unexpanded.readNextNode();
+    EXPECT_EQ(unexpanded.getCurrentAttributes().begin()->getValue().std(), "&amp;&#65; ");
+    QzXmlReader badReference(QzCString("<a x='&#0;'/>"), strict());
+    badReference.setExpandReferences(false);
+    EXPECT_THROW(badReference.readNextNode(), QzXmlParseError);
     // Whitespace in values becomes spaces; references to whitespace stay what they name.
     EXPECT_EQ(trace("<a x='\t1\n\r\n2&#9;&#10;&#xD;&lt;'/>"), "<{}a {}x= 1  2\t\n\r< /");
 }

@@ -2058,7 +2058,13 @@ void QzXmlReader::readStrictAttributeValue(Byte quote, StagedAttribute& attribut
         if (b == quote) break;
         if (b == '<') errAt(cursor_ - 1, "'<' is not allowed in an attribute value");
         if (b == '&') {
+            const std::size_t before = expandedValues_.length();
             appendStrictReference(expandedValues_);
+            // Checked either way; kept as written when the caller asked for no expansion.
+            if (!expandReferences_) {
+                expandedValues_.resize(before);
+                expandedValues_.append(chars(stop), cursor_ - stop);
+            }
         } else {
             expandedValues_ += ' ';
         }
