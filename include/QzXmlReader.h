@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -16,6 +17,7 @@
 #include "QzXmlNamespaceStack.h"
 #include "QzXmlReaderOptions.h"
 
+class QzXmlDoctype;
 class QzXmlMarkupLog;
 
 /// Pull parser over one document held in memory. The constructor takes the input, decodes it
@@ -158,6 +160,10 @@ private:
     // Lexical primitives.
     void readS();
     const Byte* scanName();
+    // The hot readers come in two forms: Checked for a strict reader or one with limits, the
+    // other exactly the specified reading with nothing to test on the way.
+    template <bool Checked>
+    const Byte* scanNameAs();
     const Byte* scanNameRest(const Byte* start);
     void readName(QzCString& name);
     void readName(QzXmlName& name);
@@ -187,11 +193,16 @@ private:
         const char* valueText;
         const char* sortURI;
         std::size_t sortURILength;
+        bool defaulted;  ///< supplied by the document type declaration, not in the tag
     };
-    void readTag();
-    void readTagBody();
-    void readEndTag();
-    void readAttribute();
+    template <bool Checked>
+    void readTagAs();
+    template <bool Checked>
+    void readTagBodyAs();
+    template <bool Checked>
+    void readEndTagAs();
+    template <bool Checked>
+    void readAttributeAs();
     void readAttributeValue(Byte quote, StagedAttribute& attribute);
     void commitAttributes();
     static bool declares(const StagedAttribute& a);
@@ -210,6 +221,10 @@ private:
 
     // Character data.
     void readContent();
+    template <bool Checked>
+    void readContentAs();
+    template <bool Checked>
+    void readNextNodeAs();
     bool readMarkupInContent();
     void appendReference(QzCString& out);
     std::uint64_t characterReference(const Byte* first, const Byte* last) const;
@@ -231,13 +246,33 @@ private:
     void validateCharacters();
     bool readStrictMisc();
     void readStrictDoctype(const Byte* open);
-    void skipInternalSubset();
-    void readStrictExternalId();
+    void readStrictExternalId(bool publicOnlyAllowed = false);
+    void requireS(const char* where);
+    void readInternalSubset();
+    void readMarkupDeclaration(const Byte* open);
+    void readElementDecl();
+    void readContentParticle(int nesting);
+    void readAttlistDecl();
+    void readAttributeType(bool& tokenized);
+    void readEntityDecl();
+    void readEntityValue(std::string& replacement);
+    void readNotationDecl();
+    void readParameterReference();
+    bool undeclaredIsError() const;
+    void applyDeclaredAttributes();
+    void normalizeTokens(StagedAttribute& attribute);
+    const Byte* placeOf(const StagedAttribute& attribute) const;
+    void enterEntity(const void* entity, const std::string& text, bool parameter);
+    bool leaveEntity();
     const Byte* scanStrictName();
     void checkQName(const Byte* start, const Byte* end, const char* what);
+    void checkQName(const Byte* start, const Byte* end, std::size_t localStart, const char* what);
     void checkStrictTag(const Byte* name, const Byte* nameEnd);
     void checkDeclaration(const StagedAttribute& a);
-    void checkUniqueAttributes();
+    void checkElementPrefix(const Byte* name);
+    void checkAttributeNamespaces();
+    const StagedAttribute& stagedNamed(const QzXmlName& name) const;
+    [[noreturn]] void errRepeatedAttribute(const char* what);
     void checkStrictEndTag(const Byte* name, const Byte* nameEnd);
     bool strictEof();
     void readStrictNextNode();
@@ -247,7 +282,7 @@ private:
     void readStrictPI(const Byte* open);
     void readStrictCDATA();
     void readStrictAttributeValue(Byte quote, StagedAttribute& attribute);
-    void appendStrictReference(QzCString& out);
+    void appendStrictReference(QzCString& out, bool inAttribute);
     [[noreturn]] void errExpected(const Byte* at, const char* wanted);
 
     // Navigation.
@@ -296,6 +331,7 @@ private:
 
     // Options. Limits not in force hold the largest value, so that each check is one compare.
     bool strict_ = false;
+    bool checked_ = false;  ///< strict, or a limit in force
     bool prohibitDoctype_ = false;
     std::size_t maxAttributes_ = SIZE_MAX;
     std::size_t maxNameLength_ = SIZE_MAX;
@@ -308,14 +344,28 @@ private:
     bool hasDoctype_ = false;  ///< references to undeclared entities pass through
     QzCString openNames_;      ///< qualified names of the open elements, one after another
     std::vector<std::size_t> openStarts_;  ///< where each open name starts in openNames_
-    // Attribute names as (namespace or prefix, local name) with their index, for the
-    // uniqueness checks.
-    struct AttributeKey {
-        std::string_view space;
-        std::string_view local;
-        std::size_t index;
+
+    // Declarations and entity expansion.
+    std::unique_ptr<QzXmlDoctype> doctype_;
+    // Where reading resumes after an entity's replacement text, which is read in place of the
+    // document until it ends.
+    struct InputFrame {
+        Byte* cursor;
+        Byte* limit;
+        Byte* buffer;
+        const void* entity;  ///< the entity being read, to refuse recursion
+        std::int32_t depth;  ///< the element depth at the reference
     };
-    std::vector<AttributeKey> attributeKeys_;
+    std::vector<InputFrame> frames_;
+    std::string_view tagName_;           ///< the name of the start tag being read
+    bool entitiesRelaxed_ = false;       ///< declarations may lie where they are not read
+    bool skippingDeclarations_ = false;  ///< after an unread parameter entity
+    bool rejectExternalEntities_ = true;
+    std::size_t maxEntityDepth_ = SIZE_MAX;
+    std::size_t maxEntityAmplification_ = SIZE_MAX;
+    std::size_t entityAmplificationThreshold_ = SIZE_MAX;
+    std::size_t documentLength_ = 0;  ///< bytes given, for the amplification limit
+    std::size_t expandedLength_ = 0;  ///< bytes of replacement text read so far
 
     // Scratch reused from tag to tag, so that reading allocates only when a tag or text
     // outgrows what an earlier one needed.

@@ -16,6 +16,7 @@
 #include "QzBoundsErr.h"
 #include "QzXmlCharChecks.h"
 #include "QzXmlCharInfo.h"
+#include "QzXmlDoctype.h"
 #include "QzXmlMarkupLog.h"
 #include "QzXmlParseError.h"
 #include "QzXmlUtils.h"
@@ -90,6 +91,8 @@ struct StopBytes {
 };
 
 constexpr StopBytes kContentStop("<&\r");
+// Line ends are normalised before strict reading, and "]" may begin a forbidden "]]>".
+constexpr StopBytes kStrictContentStop("<&]");
 constexpr StopBytes kDoubleQuotedStop("<&\"");
 constexpr StopBytes kSingleQuotedStop("<&'");
 
@@ -293,11 +296,18 @@ void QzXmlReader::applyOptions(const QzXmlReaderOptions& options) {
     maxNameLength_ = limit(options.maxNameLength, 50000);
     maxTextLength_ = limit(options.maxTextLength, 10000000);
     maxDocumentLength_ = limit(options.maxDocumentLength, 0);
+    checked_ = strict_ || maxDepth_ != INT64_MAX || maxAttributes_ != SIZE_MAX ||
+               maxNameLength_ != SIZE_MAX || maxTextLength_ != SIZE_MAX;
+    maxEntityDepth_ = limit(options.maxEntityDepth, 40);
+    maxEntityAmplification_ = limit(options.maxEntityAmplification, 100);
+    entityAmplificationThreshold_ = limit(options.entityAmplificationThreshold, 8 << 20);
+    rejectExternalEntities_ = options.rejectExternalEntities;
 }
 
 void QzXmlReader::readDocument() {
     namespaceStack_.pushScope();
-    if (static_cast<std::size_t>(limit_ - cursor_) > maxDocumentLength_) {
+    documentLength_ = limit_ - cursor_;
+    if (documentLength_ > maxDocumentLength_) {
         errLimit(cursor_ + maxDocumentLength_, "The document", "maxDocumentLength",
                  maxDocumentLength_);
     }
@@ -322,16 +332,20 @@ void QzXmlReader::logMarkup(const Byte* open, bool inText) {
 // Line and column are worked out only here, never tracked while reading: only LF ends a line
 // and columns count bytes.
 void QzXmlReader::err(const QzCString& message) const {
+    // Inside an entity's replacement text, the place is that of the reference in the document.
+    const Byte* base = frames_.empty() ? documentBuffer_ : frames_.front().buffer;
+    const Byte* at = frames_.empty() ? cursor_ : frames_.front().cursor;
     std::uint64_t line = 1;
-    const Byte* lineStart = documentBuffer_;
-    for (const Byte* p = documentBuffer_; p < cursor_; ++p) {
+    const Byte* lineStart = base;
+    for (const Byte* p = base; p < at; ++p) {
         if (*p == '\n') {
             ++line;
             lineStart = p + 1;
         }
     }
-    throw QzXmlParseError(message, QzCString(), line,
-                          static_cast<std::uint64_t>(cursor_ - lineStart) + 1);
+    throw QzXmlParseError(
+        frames_.empty() ? message : message + " (in the replacement text of an entity)",
+        QzCString(), line, static_cast<std::uint64_t>(at - lineStart) + 1);
 }
 
 // For a scan that ran off the end: the error is reported where the scan stopped.
@@ -357,6 +371,8 @@ void QzXmlReader::skipBytes(std::ptrdiff_t count) {
 }
 
 bool QzXmlReader::eof() {
+    // Inside the root element with more to read, no mode has anything to check.
+    if (depth_ != 0 && limit_ - cursor_ > 1) return false;
     if (strict_) return strictEof();
     if (depth_ == 0 && limit_ - cursor_ > 1) readS();
     return limit_ - cursor_ <= 1;
@@ -394,7 +410,14 @@ std::uint32_t QzXmlReader::decodeCharacter() {
 // classified only when they are ASCII, so any non-ASCII character may continue a name. The
 // name stays where it lies: the caller takes it from the returned start to the cursor.
 const Byte* QzXmlReader::scanName() {
-    if (strict_) return scanStrictName();
+    return checked_ ? scanNameAs<true>() : scanNameAs<false>();
+}
+
+template <bool Checked>
+const Byte* QzXmlReader::scanNameAs() {
+    if constexpr (Checked) {
+        if (strict_) return scanStrictName();
+    }
     if (atEnd()) prematureEof();
     const Byte* start = cursor_;
     if (kAsciiNameStart[*start]) {
@@ -403,7 +426,7 @@ const Byte* QzXmlReader::scanName() {
             ++p;
         cursor_ = p;
         if (p < limit_ && *p < 0x80) {
-            checkNameLength(start);
+            if constexpr (Checked) checkNameLength(start);
             return start;
         }
         return scanNameRest(start);
@@ -678,34 +701,44 @@ void QzXmlReader::readDocTypeDecl() {
 // ---------------------------------------------------------------------------------------------
 // Tags, attributes and namespaces
 
-void QzXmlReader::readTag() {
+template <bool Checked>
+void QzXmlReader::readTagAs() {
     if (atEnd()) prematureEof();
     if (*cursor_ == '/') {
-        readEndTag();
+        readEndTagAs<Checked>();
         return;
     }
-    if (depth_ >= maxDepth_) errLimit(cursor_ - 1, "Element nesting", "maxDepth", maxDepth_);
-    const Byte* name = scanName();
+    if constexpr (Checked) {
+        if (depth_ >= maxDepth_) errLimit(cursor_ - 1, "Element nesting", "maxDepth", maxDepth_);
+    }
+    const Byte* name = scanNameAs<Checked>();
     const Byte* nameEnd = cursor_;
+    if constexpr (Checked) tagName_ = std::string_view(chars(name), nameEnd - name);
     namespaceStack_.pushScope();
     try {
-        readTagBody();
-        if (strict_) checkStrictTag(name, nameEnd);
+        readTagBodyAs<Checked>();
+        if constexpr (Checked) {
+            if (strict_) checkStrictTag(name, nameEnd);
+        }
     } catch (...) {
         // A tag that fails leaves no attributes behind, as if none had been read.
         currentAttributes_.clear();
         throw;
     }
     resolveName(chars(name), chars(nameEnd), currentName_);
+    if constexpr (Checked) {
+        if (strict_) checkElementPrefix(name);
+    }
     if (nodeType_ == EmptyElement) namespaceStack_.popScope();
 }
 
 // Reads the attributes and the closing ">" or "/>", and files the attributes.
-void QzXmlReader::readTagBody() {
+template <bool Checked>
+void QzXmlReader::readTagBodyAs() {
     staged_.clear();
     expandedValues_.resize(0);
     for (;;) {
-        const Byte* spaced = cursor_;
+        [[maybe_unused]] const Byte* spaced = cursor_;
         readS();
         const Byte b = takeByte();
         if (b == '>') {
@@ -719,53 +752,76 @@ void QzXmlReader::readTagBody() {
             break;
         }
         --cursor_;
-        if (strict_ && spaced == cursor_) errExpected(cursor_, "whitespace before an attribute");
-        readAttribute();
+        if constexpr (Checked) {
+            if (strict_ && spaced == cursor_)
+                errExpected(cursor_, "whitespace before an attribute");
+        }
+        readAttributeAs<Checked>();
+    }
+    if constexpr (Checked) {
+        if (doctype_) applyDeclaredAttributes();
     }
     commitAttributes();
 }
 
 // The name is resolved before the element's scope is popped; the message names "/" whatever
 // byte was found, on purpose.
-void QzXmlReader::readEndTag() {
+template <bool Checked>
+void QzXmlReader::readEndTagAs() {
     ++cursor_;
     depth_ = wrapAdd(depth_, -1);
     nodeType_ = EndTag;
-    const Byte* name = scanName();
-    if (strict_) checkStrictEndTag(name, cursor_);
+    const Byte* name = scanNameAs<Checked>();
+    if constexpr (Checked) {
+        if (strict_) checkStrictEndTag(name, cursor_);
+    }
     resolveName(chars(name), chars(cursor_), currentName_);
     readS();
     namespaceStack_.popScope();
-    if (strict_ && (atEnd() || *cursor_ != '>')) errExpected(cursor_, "'>' to end the end tag");
+    if constexpr (Checked) {
+        if (strict_ && (atEnd() || *cursor_ != '>')) errExpected(cursor_, "'>' to end the end tag");
+    }
     if (takeByte() != '>') err("Unexpected character /");
 }
 
-void QzXmlReader::readAttribute() {
+template <bool Checked>
+void QzXmlReader::readAttributeAs() {
     StagedAttribute attribute{};
-    attribute.name = scanName();
+    attribute.name = scanNameAs<Checked>();
     attribute.nameLength = cursor_ - attribute.name;
     const char* name = chars(attribute.name);
     const char* colon = findColon(name, name + attribute.nameLength);
     if (colon != name + attribute.nameLength) attribute.localStart = colon - name + 1;
-    if (staged_.size() >= maxAttributes_) {
-        errLimit(attribute.name, "The number of attributes", "maxAttributes", maxAttributes_);
+    if constexpr (Checked) {
+        if (staged_.size() >= maxAttributes_) {
+            errLimit(attribute.name, "The number of attributes", "maxAttributes", maxAttributes_);
+        }
     }
     readS();
-    if (strict_ && (atEnd() || *cursor_ != '='))
-        errExpected(cursor_, "'=' after the attribute name");
+    if constexpr (Checked) {
+        if (strict_ && (atEnd() || *cursor_ != '=')) {
+            errExpected(cursor_, "'=' after the attribute name");
+        }
+    }
     if (takeByte() != '=') err("Invalid character in attribute definition");
     readS();
-    if (strict_ && (atEnd() || (*cursor_ != '"' && *cursor_ != '\''))) {
-        errExpected(cursor_, "a quoted attribute value");
+    if constexpr (Checked) {
+        if (strict_ && (atEnd() || (*cursor_ != '"' && *cursor_ != '\''))) {
+            errExpected(cursor_, "a quoted attribute value");
+        }
     }
     const Byte quote = takeByte();
     if (quote != '"' && quote != '\'') err("invalid character in attribute definition");
-    if (strict_) {
-        readStrictAttributeValue(quote, attribute);
+    if constexpr (Checked) {
+        if (strict_) {
+            readStrictAttributeValue(quote, attribute);
+        } else {
+            readAttributeValue(quote, attribute);
+        }
+        checkTextLength(attribute.name, attribute.valueLength);
     } else {
         readAttributeValue(quote, attribute);
     }
-    checkTextLength(attribute.name, attribute.valueLength);
     staged_.push_back(attribute);
 }
 
@@ -1016,21 +1072,32 @@ void QzXmlReader::readContent() {
         nodePending_ = false;
         return;
     }
-    if (strict_) {
-        readStrictContent();
-        return;
+    if (checked_) {
+        readContentAs<true>();
+    } else {
+        readContentAs<false>();
+    }
+}
+
+template <bool Checked>
+void QzXmlReader::readContentAs() {
+    if constexpr (Checked) {
+        if (strict_) {
+            readStrictContent();
+            return;
+        }
     }
     nodeType_ = Content;
     Byte* stop = findStop(cursor_, limit_, kContentStop);
     // Most texts run straight to the next tag.
     if (limit_ - stop >= 2 && stop[0] == '<' && stop[1] != '?' && stop[1] != '!') {
-        checkTextLength(cursor_, stop - cursor_);
+        if constexpr (Checked) checkTextLength(cursor_, stop - cursor_);
         setBytes(value_, chars(cursor_), stop - cursor_);
         cursor_ = stop;
         return;
     }
     value_.resize(0);
-    const Byte* start = cursor_;
+    [[maybe_unused]] const Byte* start = cursor_;
     for (;; stop = findStop(cursor_, limit_, kContentStop)) {
         value_.append(chars(cursor_), stop - cursor_);
         cursor_ = stop;
@@ -1044,7 +1111,7 @@ void QzXmlReader::readContent() {
             if (*cursor_ == '\n') ++cursor_;
             value_ += '\n';
         } else if (!readMarkupInContent()) {
-            checkTextLength(start, value_.length());
+            if constexpr (Checked) checkTextLength(start, value_.length());
             return;
         }
     }
@@ -1158,14 +1225,25 @@ void QzXmlReader::readNextNode() {
         nodePending_ = false;
         return;
     }
-    if (strict_) {
-        readStrictNextNode();
-        return;
+    if (checked_) {
+        readNextNodeAs<true>();
+    } else {
+        readNextNodeAs<false>();
+    }
+}
+
+template <bool Checked>
+void QzXmlReader::readNextNodeAs() {
+    if constexpr (Checked) {
+        if (strict_) {
+            readStrictNextNode();
+            return;
+        }
     }
     for (;;) {
         if (atEnd()) prematureEof();
         if (*cursor_ != '<') {
-            readContent();
+            readContentAs<Checked>();
             return;
         }
         const Byte* open = cursor_++;
@@ -1183,7 +1261,7 @@ void QzXmlReader::readNextNode() {
                 logMarkup(open, false);
             } else if (next == '[') {
                 --cursor_;
-                readContent();
+                readContentAs<Checked>();
                 return;
             } else {
                 cursor_ += 2;
@@ -1191,7 +1269,7 @@ void QzXmlReader::readNextNode() {
             }
         } else {
             lastTagStart_ = cursor_ - 1;
-            readTag();
+            readTagAs<Checked>();
             return;
         }
     }
@@ -1435,9 +1513,10 @@ void appendCharacter(QzCString& out, std::uint32_t c) {
 }
 
 // Bytes that end a run of attribute value for the strict reader: the quotes, markup, and the
-// whitespace that normalisation turns into spaces.
-constexpr ByteTable kStrictDoubleQuoted("\"<&\t\n");
-constexpr ByteTable kStrictSingleQuoted("'<&\t\n");
+// whitespace that normalisation turns into spaces (carriage returns come only from an
+// entity's replacement text).
+constexpr ByteTable kStrictDoubleQuoted("\"<&\t\n\r");
+constexpr ByteTable kStrictSingleQuoted("'<&\t\n\r");
 constexpr ByteTable kPubidExtra(" \r\n-'()+,./:=?;!*#@$_%");
 
 bool isPubidChar(Byte b) {
@@ -1482,18 +1561,22 @@ const QzXmlReader::Byte* QzXmlReader::scanStrictName() {
 void QzXmlReader::checkQName(const Byte* start, const Byte* end, const char* what) {
     const char* colon = findColon(chars(start), chars(end));
     if (colon == chars(end)) return;
-    const Byte* local = start + (colon - chars(start)) + 1;
-    const char* second = findColon(chars(local), chars(end));
-    const Byte* local_ = local;
+    checkQName(start, end, colon - chars(start) + 1, what);
+}
+
+// The same for a name whose first colon is known to stand just before localStart.
+void QzXmlReader::checkQName(const Byte* start, const Byte* end, std::size_t localStart,
+                             const char* what) {
+    const Byte* local = start + localStart;
+    const Byte* after = local;
     const bool localStarts =
-        local < end && QzXmlCharChecks::isNameStartChar(QzXmlCharChecks::decode(local_));
-    if (colon == chars(start) || !localStarts || second != chars(end)) {
+        local < end && QzXmlCharChecks::isNameStartChar(QzXmlCharChecks::decode(after));
+    if (localStart == 1 || !localStarts || findColon(chars(local), chars(end)) != chars(end)) {
         errAt(start, QzCString("The ") + what + " name '" + QzCString(chars(start), end - start) +
                          "' is not a qualified name: expected a prefix, one colon and a local "
                          "name, each a name without colons");
     }
 }
-
 // ---- Prolog
 
 void QzXmlReader::readStrictProlog() {
@@ -1669,16 +1752,15 @@ bool QzXmlReader::readStrictMisc() {
     return false;
 }
 
-// The declaration's name and external identifier are read; its internal subset is skipped
-// declaration by declaration, so that quoted text, comments and instructions in it cannot end
-// it early. The cursor stands on "<!DOCTYPE".
+// The declaration's name and external identifier are read, and its internal subset
+// declaration by declaration; nothing external is fetched. The cursor stands on "<!DOCTYPE".
 void QzXmlReader::readStrictDoctype(const Byte* open) {
     if (prohibitDoctype_) errAt(open, "A document type declaration is prohibited here");
     if (hasDoctype_) errAt(open, "Only one document type declaration is allowed");
     hasDoctype_ = true;
+    doctype_ = std::make_unique<QzXmlDoctype>();
     cursor_ += 9;
-    if (atEnd() || !kWhitespace[*cursor_]) errExpected(cursor_, "whitespace after '<!DOCTYPE'");
-    readS();
+    requireS("after '<!DOCTYPE'");
     const Byte* name = scanStrictName();
     checkQName(name, cursor_, "document type");
     const Byte* spaced = cursor_;
@@ -1686,11 +1768,13 @@ void QzXmlReader::readStrictDoctype(const Byte* open) {
     if (startsWith(cursor_, limit_, "SYSTEM") || startsWith(cursor_, limit_, "PUBLIC")) {
         if (spaced == cursor_) errExpected(cursor_, "whitespace before the external identifier");
         readStrictExternalId();
+        // The external subset is not read: what it might declare is not known.
+        entitiesRelaxed_ = true;
         readS();
     }
     if (!atEnd() && *cursor_ == '[') {
         ++cursor_;
-        skipInternalSubset();
+        readInternalSubset();
         readS();
     }
     if (atEnd() || *cursor_ != '>')
@@ -1698,12 +1782,19 @@ void QzXmlReader::readStrictDoctype(const Byte* open) {
     ++cursor_;
 }
 
-// SYSTEM "uri", or PUBLIC "public id" "uri"; nothing is fetched.
-void QzXmlReader::readStrictExternalId() {
+void QzXmlReader::requireS(const char* where) {
+    if (atEnd() || !kWhitespace[*cursor_]) {
+        errExpected(cursor_, (std::string("whitespace ") + where).c_str());
+    }
+    readS();
+}
+
+// SYSTEM "uri", or PUBLIC "public id" "uri" (the system literal optional where
+// publicOnlyAllowed, as in a notation declaration); nothing is fetched.
+void QzXmlReader::readStrictExternalId(bool publicOnlyAllowed) {
     const bool isPublic = *cursor_ == 'P';
     cursor_ += 6;
-    if (atEnd() || !kWhitespace[*cursor_]) errExpected(cursor_, "whitespace after the keyword");
-    readS();
+    requireS("after the keyword");
     if (isPublic) {
         const Byte* id = readStrictLiteral("a quoted public identifier");
         for (const Byte* p = id; p < cursor_ - 1; ++p) {
@@ -1712,50 +1803,388 @@ void QzXmlReader::readStrictExternalId() {
                              " is not allowed in a public identifier");
             }
         }
-        if (atEnd() || !kWhitespace[*cursor_]) {
-            errExpected(cursor_, "whitespace before the system identifier");
-        }
+        const Byte* spaced = cursor_;
         readS();
+        if (publicOnlyAllowed && !atEnd() && *cursor_ == '>') return;
+        if (spaced == cursor_) errExpected(cursor_, "whitespace before the system identifier");
     }
-    readStrictLiteral("a quoted system identifier");
+    const Byte* uri = readStrictLiteral("a quoted system identifier");
+    if (std::memchr(uri, '#', cursor_ - 1 - uri) != nullptr) {
+        errAt(uri, "A system identifier must not contain a fragment ('#')");
+    }
 }
 
-void QzXmlReader::skipInternalSubset() {
+// Markup declarations, comments, instructions and parameter-entity references up to "]".
+void QzXmlReader::readInternalSubset() {
     for (;;) {
         readS();
-        if (atEnd()) errAt(cursor_, "Premature EOF: the internal subset is not closed by ']'");
+        if (atEnd()) {
+            if (leaveEntity()) continue;
+            errAt(cursor_, "Premature EOF: the internal subset is not closed by ']'");
+        }
         const Byte* open = cursor_;
         if (*cursor_ == ']') {
+            if (!frames_.empty())
+                errAt(cursor_, "']' inside a parameter entity's replacement text");
             ++cursor_;
             return;
         }
         if (*cursor_ == '%') {
             ++cursor_;
-            scanStrictName();
-            if (atEnd() || *cursor_ != ';')
-                errExpected(cursor_, "';' after the parameter entity name");
-            ++cursor_;
+            readParameterReference();
         } else if (startsWith(cursor_, limit_, "<!--")) {
             cursor_ += 4;
             readStrictComment(open);
         } else if (startsWith(cursor_, limit_, "<?")) {
             cursor_ += 2;
             readStrictPI(open);
+            logMarkup(open, false);
         } else if (startsWith(cursor_, limit_, "<!")) {
-            // A markup declaration: up to its ">", quoted literals skipped whole.
-            for (cursor_ += 2; !atEnd() && *cursor_ != '>';) {
-                if (*cursor_ == '"' || *cursor_ == '\'') {
-                    readStrictLiteral("a literal");
-                } else {
-                    ++cursor_;
-                }
-            }
-            if (atEnd()) errAt(cursor_, "Premature EOF: a markup declaration is not closed by '>'");
-            ++cursor_;
+            readMarkupDeclaration(open);
         } else {
             errExpected(cursor_, "a markup declaration, comment, processing instruction or ']'");
         }
     }
+}
+
+// A parameter-entity reference between declarations: an internal entity's replacement text
+// is read as declarations; an external or undeclared one is not read, and declarations after
+// it are then not processed (unless the document is standalone).
+void QzXmlReader::readParameterReference() {
+    const Byte* name = scanStrictName();
+    if (atEnd() || *cursor_ != ';') errExpected(cursor_, "';' after the parameter entity name");
+    ++cursor_;
+    // Any reference makes what is declared depend on entities a reader may not read.
+    entitiesRelaxed_ = true;
+    const QzXmlDoctype::Entity* entity =
+        doctype_->find(std::string_view(chars(name), cursor_ - 1 - name), true);
+    if (entity == nullptr || entity->external) {
+        if (entity == nullptr && declaredStandalone_ == "yes") {
+            errAt(name - 1, "The parameter entity '" + QzCString(chars(name), cursor_ - 1 - name) +
+                                "' is not declared");
+        }
+        skippingDeclarations_ = declaredStandalone_ != "yes";
+        return;
+    }
+    enterEntity(entity, entity->replacement, true);
+}
+
+// After "<!": an element type, attribute-list, entity or notation declaration.
+void QzXmlReader::readMarkupDeclaration(const Byte* open) {
+    const std::size_t frames = frames_.size();
+    if (startsWith(cursor_, limit_, "<!ELEMENT")) {
+        cursor_ += 9;
+        readElementDecl();
+    } else if (startsWith(cursor_, limit_, "<!ATTLIST")) {
+        cursor_ += 9;
+        readAttlistDecl();
+    } else if (startsWith(cursor_, limit_, "<!ENTITY")) {
+        cursor_ += 8;
+        readEntityDecl();
+    } else if (startsWith(cursor_, limit_, "<!NOTATION")) {
+        cursor_ += 10;
+        readNotationDecl();
+    } else {
+        errExpected(open + 2, "ELEMENT, ATTLIST, ENTITY or NOTATION after '<!'");
+    }
+    readS();
+    if (atEnd() || *cursor_ != '>') errExpected(cursor_, "'>' to end the declaration");
+    ++cursor_;
+    // A declaration begins and ends in the same entity.
+    if (frames_.size() != frames) errAt(cursor_, "A declaration crosses an entity boundary");
+}
+
+void QzXmlReader::readElementDecl() {
+    requireS("after '<!ELEMENT'");
+    const Byte* name = scanStrictName();
+    checkQName(name, cursor_, "element");
+    requireS("after the element name");
+    if (startsWith(cursor_, limit_, "EMPTY")) {
+        cursor_ += 5;
+    } else if (startsWith(cursor_, limit_, "ANY")) {
+        cursor_ += 3;
+    } else {
+        if (atEnd() || *cursor_ != '(') errExpected(cursor_, "EMPTY, ANY or '('");
+        readContentParticle(0);
+    }
+}
+
+// A content model from its "(": names or nested groups joined by one kind of connector, with
+// the occurrence marks; or mixed content, "#PCDATA" first.
+void QzXmlReader::readContentParticle(int nesting) {
+    ++cursor_;
+    readS();
+    if (nesting == 0 && startsWith(cursor_, limit_, "#PCDATA")) {
+        cursor_ += 7;
+        bool names = false;
+        for (;;) {
+            readS();
+            if (atEnd()) prematureEof();
+            if (*cursor_ == ')') break;
+            if (*cursor_ != '|') errExpected(cursor_, "'|' or ')' in mixed content");
+            ++cursor_;
+            readS();
+            const Byte* name = scanStrictName();
+            checkQName(name, cursor_, "element");
+            names = true;
+        }
+        ++cursor_;
+        if (!atEnd() && *cursor_ == '*') {
+            ++cursor_;
+        } else if (names) {
+            errExpected(cursor_, "'*' after mixed content that names elements");
+        }
+        return;
+    }
+    Byte connector = 0;
+    for (;;) {
+        if (!atEnd() && *cursor_ == '(') {
+            readContentParticle(nesting + 1);
+        } else {
+            const Byte* name = scanStrictName();
+            checkQName(name, cursor_, "element");
+        }
+        if (!atEnd() && (*cursor_ == '?' || *cursor_ == '*' || *cursor_ == '+')) ++cursor_;
+        readS();
+        if (atEnd()) prematureEof();
+        if (*cursor_ == ')') break;
+        if ((*cursor_ != '|' && *cursor_ != ',') || (connector != 0 && *cursor_ != connector)) {
+            errExpected(cursor_, connector == 0     ? "'|', ',' or ')' in the content model"
+                                 : connector == '|' ? "'|' or ')' in the choice"
+                                                    : "',' or ')' in the sequence");
+        }
+        connector = *cursor_++;
+        readS();
+    }
+    ++cursor_;
+    if (!atEnd() && (*cursor_ == '?' || *cursor_ == '*' || *cursor_ == '+')) ++cursor_;
+}
+
+void QzXmlReader::readAttlistDecl() {
+    requireS("after '<!ATTLIST'");
+    const Byte* element = scanStrictName();
+    checkQName(element, cursor_, "element");
+    const std::string_view elementName(chars(element), cursor_ - element);
+    for (;;) {
+        const Byte* spaced = cursor_;
+        readS();
+        if (atEnd() || *cursor_ == '>') return;
+        if (spaced == cursor_) errExpected(cursor_, "whitespace before the attribute name");
+        const Byte* name = scanStrictName();
+        checkQName(name, cursor_, "attribute");
+        QzXmlDoctype::Attribute attribute;
+        attribute.name.assign(chars(name), cursor_ - name);
+        requireS("after the attribute name");
+        readAttributeType(attribute.tokenized);
+        requireS("after the attribute type");
+        if (startsWith(cursor_, limit_, "#REQUIRED") || startsWith(cursor_, limit_, "#IMPLIED")) {
+            cursor_ += *cursor_ == '#' && cursor_[1] == 'R' ? 9 : 8;
+        } else {
+            if (startsWith(cursor_, limit_, "#FIXED")) {
+                cursor_ += 6;
+                requireS("after #FIXED");
+            }
+            if (atEnd() || (*cursor_ != '"' && *cursor_ != '\'')) {
+                errExpected(cursor_, "#REQUIRED, #IMPLIED, #FIXED or a quoted default value");
+            }
+            // The default is read as a value in a tag would be: references expanded (the
+            // entities declared before it), whitespace normalised.
+            StagedAttribute value{};
+            value.name = name;
+            const std::size_t mark = expandedValues_.length();
+            readStrictAttributeValue(*cursor_++, value);
+            if (attribute.tokenized) normalizeTokens(value);
+            attribute.value =
+                value.value ? std::string(chars(value.value), value.valueLength)
+                            : expandedValues_.std().substr(value.valueStart, value.valueLength);
+            expandedValues_.resize(mark);
+            attribute.hasDefault = true;
+        }
+        if (!skippingDeclarations_) doctype_->declare(elementName, std::move(attribute));
+    }
+}
+
+// CDATA, a tokenized type, NOTATION (names) or an enumeration (name tokens).
+void QzXmlReader::readAttributeType(bool& tokenized) {
+    static const char* const types[] = {"CDATA",    "IDREFS", "IDREF",    "ID",
+                                        "ENTITIES", "ENTITY", "NMTOKENS", "NMTOKEN"};
+    tokenized = true;
+    for (const char* type : types) {
+        if (startsWith(cursor_, limit_, type)) {
+            cursor_ += std::strlen(type);
+            tokenized = std::strcmp(type, "CDATA") != 0;
+            return;
+        }
+    }
+    const bool notation = startsWith(cursor_, limit_, "NOTATION");
+    if (notation) {
+        cursor_ += 8;
+        requireS("after NOTATION");
+    }
+    if (atEnd() || *cursor_ != '(') errExpected(cursor_, "an attribute type");
+    ++cursor_;
+    for (;;) {
+        readS();
+        if (notation) {
+            scanStrictName();
+        } else {
+            const Byte* token = cursor_;
+            while (!atEnd() && (*cursor_ >= 0x80 || kAsciiNameByte[*cursor_])) {
+                const Byte* at = cursor_;
+                if (!QzXmlCharChecks::isNameChar(QzXmlCharChecks::decode(at))) break;
+                cursor_ = const_cast<Byte*>(at);
+            }
+            if (cursor_ == token) errExpected(cursor_, "a name token");
+        }
+        readS();
+        if (atEnd()) prematureEof();
+        if (*cursor_ == ')') break;
+        if (*cursor_ != '|') errExpected(cursor_, "'|' or ')' in the enumeration");
+        ++cursor_;
+    }
+    ++cursor_;
+}
+
+void QzXmlReader::readEntityDecl() {
+    requireS("after '<!ENTITY'");
+    const bool parameter = !atEnd() && *cursor_ == '%';
+    if (parameter) {
+        ++cursor_;
+        requireS("after '%'");
+    }
+    const Byte* name = scanStrictName();
+    QzXmlDoctype::Entity entity;
+    entity.name.assign(chars(name), cursor_ - name);
+    if (entity.name.find(':') != std::string::npos) {
+        errAt(name, "An entity name must not contain a colon");
+    }
+    requireS("after the entity name");
+    if (!atEnd() && (*cursor_ == '"' || *cursor_ == '\'')) {
+        readEntityValue(entity.replacement);
+    } else if (startsWith(cursor_, limit_, "SYSTEM") || startsWith(cursor_, limit_, "PUBLIC")) {
+        readStrictExternalId();
+        entity.external = true;
+        const Byte* spaced = cursor_;
+        readS();
+        if (startsWith(cursor_, limit_, "NDATA")) {
+            if (parameter) errAt(cursor_, "A parameter entity cannot be unparsed (NDATA)");
+            if (spaced == cursor_) errExpected(cursor_, "whitespace before NDATA");
+            cursor_ += 5;
+            requireS("after NDATA");
+            const Byte* notation = scanStrictName();
+            if (findColon(chars(notation), chars(cursor_)) != chars(cursor_)) {
+                errAt(notation, "A notation name must not contain a colon");
+            }
+            entity.unparsed = true;
+        }
+    } else {
+        errExpected(cursor_, "a quoted entity value, SYSTEM or PUBLIC");
+    }
+    if (skippingDeclarations_) return;
+    static const char* const predefined[][2] = {
+        {"lt", "&#60;"}, {"amp", "&#38;"}, {"gt", ">"}, {"apos", "'"}, {"quot", "\""}};
+    for (const auto& p : predefined) {
+        if (parameter || entity.name != p[0]) continue;
+        // Declared again, a predefined entity must still mean its character.
+        const std::string& text = entity.replacement;
+        const char c = p[0][0] == 'l'   ? '<'
+                       : p[0][0] == 'g' ? '>'
+                       : p[0][1] == 'm' ? '&'
+                       : p[0][0] == 'a' ? '\''
+                                        : '"';
+        const bool escaped = text == p[1] || text == "&#x" + std::to_string(0) ||
+                             (text.size() > 3 && text[0] == '&' && text[1] == '#');
+        if (entity.external || !(escaped || (c != '<' && c != '&' && text == std::string(1, c)))) {
+            errAt(name, "The predefined entity '" + QzCString(entity.name) +
+                            "' may be declared only as its own character");
+        }
+        return;
+    }
+    doctype_->declare(std::move(entity), parameter);
+}
+
+// An entity value: character references expanded, general entity references kept as they
+// are (checked for form), parameter-entity references not allowed in the internal subset.
+void QzXmlReader::readEntityValue(std::string& replacement) {
+    const Byte quote = *cursor_++;
+    for (;;) {
+        const Byte* run = cursor_;
+        while (!atEnd() && *cursor_ != quote && *cursor_ != '&' && *cursor_ != '%')
+            ++cursor_;
+        replacement.append(chars(run), cursor_ - run);
+        if (atEnd()) errAt(cursor_, "Premature EOF: the entity value is not closed");
+        const Byte b = *cursor_++;
+        if (b == quote) return;
+        if (b == '%') {
+            errAt(cursor_ - 1,
+                  "A parameter-entity reference is not allowed inside a declaration "
+                  "of the internal subset");
+        }
+        const Byte* amp = cursor_ - 1;
+        if (!atEnd() && *cursor_ == '#') {
+            QzCString character;
+            appendStrictReference(character, false);
+            replacement.append(character.std());
+        } else {
+            scanStrictName();
+            if (atEnd() || *cursor_ != ';') errExpected(cursor_, "';' to end the entity reference");
+            ++cursor_;
+            replacement.append(chars(amp), cursor_ - amp);
+        }
+    }
+}
+
+void QzXmlReader::readNotationDecl() {
+    requireS("after '<!NOTATION'");
+    const Byte* name = scanStrictName();
+    if (findColon(chars(name), chars(cursor_)) != chars(cursor_)) {
+        errAt(name, "A notation name must not contain a colon");
+    }
+    requireS("after the notation name");
+    if (!startsWith(cursor_, limit_, "SYSTEM") && !startsWith(cursor_, limit_, "PUBLIC")) {
+        errExpected(cursor_, "SYSTEM or PUBLIC");
+    }
+    readStrictExternalId(true);
+}
+
+// "Entity declared" is a well-formedness constraint unless declarations may lie where the
+// reader does not go, in a document that is not standalone.
+bool QzXmlReader::undeclaredIsError() const {
+    return !entitiesRelaxed_ || declaredStandalone_ == "yes";
+}
+
+// Reads an entity's replacement text in place of the document until it ends.
+void QzXmlReader::enterEntity(const void* entity, const std::string& text, bool parameter) {
+    for (const InputFrame& frame : frames_) {
+        if (frame.entity == entity) err("An entity refers to itself, directly or through others");
+    }
+    if (frames_.size() >= maxEntityDepth_) {
+        errLimit(cursor_, "Entity nesting", "maxEntityDepth", maxEntityDepth_);
+    }
+    expandedLength_ += text.size();
+    if (expandedLength_ > entityAmplificationThreshold_ &&
+        expandedLength_ / std::max<std::size_t>(documentLength_, 1) >= maxEntityAmplification_) {
+        errLimit(cursor_, "Entity expansion", "maxEntityAmplification", maxEntityAmplification_);
+    }
+    (void)parameter;
+    frames_.push_back({cursor_, limit_, documentBuffer_, entity, depth_});
+    // The replacement text is never written: the scanners only read through these pointers.
+    Byte* first = reinterpret_cast<Byte*>(const_cast<char*>(text.data()));
+    documentBuffer_ = cursor_ = first;
+    limit_ = first + text.size();
+}
+
+// Back to where the entity was referenced, once its replacement text is read; false when
+// no entity is being read. Elements started in an entity end in it.
+bool QzXmlReader::leaveEntity() {
+    if (frames_.empty()) return false;
+    const InputFrame frame = frames_.back();
+    if (depth_ != frame.depth) err("An element started in an entity does not end in it");
+    frames_.pop_back();
+    cursor_ = frame.cursor;
+    limit_ = frame.limit;
+    documentBuffer_ = frame.buffer;
+    return true;
 }
 
 // ---- Tags
@@ -1765,35 +2194,92 @@ void QzXmlReader::skipInternalSubset() {
 void QzXmlReader::checkStrictTag(const Byte* name, const Byte* nameEnd) {
     if (depth_ == (nodeType_ == StartTag ? 1 : 0)) rootSeen_ = true;
     checkQName(name, nameEnd, "element");
-    const char* colon = findColon(chars(name), chars(nameEnd));
-    if (colon != chars(nameEnd)) {
-        const QzCString prefix(chars(name), colon - chars(name));
-        if (prefix == "xmlns")
-            errAt(name, "The prefix 'xmlns' is reserved for namespace declarations");
-        if (namespaceStack_.getURIForPrefix(prefix).empty()) {
-            errAt(name, "The namespace prefix '" + prefix + "' of element '" +
-                            QzCString(chars(name), nameEnd - name) + "' is not declared");
-        }
-    }
+    std::size_t defaultDeclarations = 0;
     for (const StagedAttribute& a : staged_) {
-        checkQName(a.name, a.name + a.nameLength, "attribute");
-        if (declares(a)) {
-            checkDeclaration(a);
-        } else if (a.localStart != 0) {
-            const QzCString prefix(chars(a.name), a.localStart - 1);
-            if (namespaceStack_.getURIForPrefix(prefix).empty()) {
-                errAt(a.name, "The namespace prefix '" + prefix + "' of attribute '" +
-                                  QzCString(chars(a.name), a.nameLength) + "' is not declared");
-            }
-        }
+        if (a.localStart != 0) checkQName(a.name, a.name + a.nameLength, a.localStart, "attribute");
+        if (!declares(a)) continue;
+        checkDeclaration(a);
+        defaultDeclarations += a.localStart == 0;
     }
-    if (staged_.size() > 1) checkUniqueAttributes();
+    // Filing merged attributes of one name: fewer were filed than read.
+    if (currentAttributes_.size() != staged_.size() || defaultDeclarations > 1) {
+        errRepeatedAttribute("the name");
+    }
+    checkAttributeNamespaces();
     if (nodeType_ == StartTag) {
         openStarts_.push_back(openNames_.length());
         openNames_.append(chars(name), nameEnd - name);
     }
 }
 
+// After the name is resolved: a prefix must be declared, and is never xmlns.
+void QzXmlReader::checkElementPrefix(const Byte* name) {
+    const QzCString& prefix = currentName_.getPrefix();
+    if (prefix.empty()) return;
+    if (prefix == "xmlns") errAt(name, "The prefix 'xmlns' is reserved for namespace declarations");
+    if (currentName_.getURI().empty()) {
+        errAt(name, "The namespace prefix '" + prefix + "' of element '" +
+                        currentName_.getQualifiedName() + "' is not declared");
+    }
+}
+
+// The filed attributes, sorted by local name: prefixes must be declared, and no two share a
+// namespace and a local name.
+void QzXmlReader::checkAttributeNamespaces() {
+    const std::vector<QzXmlAttribute>& filed = currentAttributes_.attributes_;
+    for (std::size_t i = 0; i < filed.size(); ++i) {
+        const QzXmlName& name = filed[i].getName();
+        const QzCString& prefix = name.getPrefix();
+        if (prefix.empty() || prefix == "xmlns") continue;
+        if (name.getURI().empty()) {
+            errAt(placeOf(stagedNamed(name)), "The namespace prefix '" + prefix +
+                                                  "' of attribute '" + name.getQualifiedName() +
+                                                  "' is not declared");
+        }
+        for (std::size_t j = i + 1;
+             j < filed.size() && filed[j].getName().getLocalName() == name.getLocalName(); ++j) {
+            const QzXmlName& other = filed[j].getName();
+            if (other.getURI() == name.getURI() && other.getPrefix() != "xmlns") {
+                errRepeatedAttribute("the namespace and local name");
+            }
+        }
+    }
+}
+
+// The staged attribute filed under name (prefix and local name as written).
+const QzXmlReader::StagedAttribute& QzXmlReader::stagedNamed(const QzXmlName& name) const {
+    const QzCString qualified = name.getQualifiedName();
+    for (const StagedAttribute& a : staged_) {
+        if (qualified == QzCString(chars(a.name), a.nameLength)) return a;
+    }
+    return staged_.front();
+}
+
+// Reports the first attribute, in document order, that repeats one before it by what says.
+void QzXmlReader::errRepeatedAttribute(const char* what) {
+    const bool byName = std::strcmp(what, "the name") == 0;
+    for (std::size_t j = 1; j < staged_.size(); ++j) {
+        const StagedAttribute& b = staged_[j];
+        for (std::size_t i = 0; i < j; ++i) {
+            const StagedAttribute& a = staged_[i];
+            const std::string_view nameA(chars(a.name), a.nameLength);
+            const std::string_view nameB(chars(b.name), b.nameLength);
+            bool same = nameA == nameB || (byName && declares(a) && declares(b) &&
+                                           a.localStart == 0 && b.localStart == 0);
+            if (!byName && !same && a.localStart != 0 && b.localStart != 0 && !declares(a) &&
+                !declares(b) && nameA.substr(a.localStart) == nameB.substr(b.localStart)) {
+                same =
+                    namespaceStack_.getURIForPrefix(QzCString(chars(a.name), a.localStart - 1)) ==
+                    namespaceStack_.getURIForPrefix(QzCString(chars(b.name), b.localStart - 1));
+            }
+            if (same) {
+                errAt(placeOf(b), "The attribute '" + QzCString(nameB.data(), nameB.size()) +
+                                      "' repeats " + what + " of an attribute before it");
+            }
+        }
+    }
+    err(QzCString("An attribute repeats ") + what + " of another");
+}
 // xmlns is never declared; xml only with its own namespace, which no other prefix takes;
 // the xmlns namespace is never bound; a prefix is never undeclared.
 void QzXmlReader::checkDeclaration(const StagedAttribute& a) {
@@ -1813,46 +2299,7 @@ void QzXmlReader::checkDeclaration(const StagedAttribute& a) {
     } else if (!prefix.empty() && value.empty()) {
         problem = "A prefix cannot be undeclared: its namespace name must not be empty";
     }
-    if (problem != nullptr) errAt(a.name, problem);
-}
-
-// No two attributes share a qualified name, nor (namespace declarations aside) a namespace
-// and a local name.
-void QzXmlReader::checkUniqueAttributes() {
-    const auto byKey = [](const AttributeKey& a, const AttributeKey& b) {
-        return a.space != b.space   ? a.space < b.space
-               : a.local != b.local ? a.local < b.local
-                                    : a.index < b.index;
-    };
-    const auto findRepeat = [this, &byKey](const char* what) {
-        std::sort(attributeKeys_.begin(), attributeKeys_.end(), byKey);
-        for (std::size_t i = 1; i < attributeKeys_.size(); ++i) {
-            const AttributeKey& a = attributeKeys_[i - 1];
-            const AttributeKey& b = attributeKeys_[i];
-            if (a.space != b.space || a.local != b.local) continue;
-            const StagedAttribute& second = staged_[std::max(a.index, b.index)];
-            errAt(second.name, "The attribute '" +
-                                   QzCString(chars(second.name), second.nameLength) + "' repeats " +
-                                   what + " of an attribute before it");
-        }
-    };
-    attributeKeys_.clear();
-    for (std::size_t i = 0; i < staged_.size(); ++i) {
-        const StagedAttribute& a = staged_[i];
-        const std::string_view name(chars(a.name), a.nameLength);
-        attributeKeys_.push_back({name.substr(0, a.localStart), name.substr(a.localStart), i});
-    }
-    findRepeat("the name");
-    attributeKeys_.clear();
-    for (std::size_t i = 0; i < staged_.size(); ++i) {
-        const StagedAttribute& a = staged_[i];
-        if (declares(a) || a.localStart == 0) continue;
-        const QzCString& uri =
-            namespaceStack_.getURIForPrefix(QzCString(chars(a.name), a.localStart - 1));
-        const std::string_view local(chars(a.name) + a.localStart, a.nameLength - a.localStart);
-        attributeKeys_.push_back({std::string_view(uri.data(), uri.length()), local, i});
-    }
-    findRepeat("the namespace and local name");
+    if (problem != nullptr) errAt(placeOf(a), problem);
 }
 
 // The end tag closes the innermost open element, by its name as written.
@@ -1869,14 +2316,74 @@ void QzXmlReader::checkStrictEndTag(const Byte* name, const Byte* nameEnd) {
                         "> does not match the start tag <" + QzCString(open.data(), open.size()) +
                         ">");
     }
+    // An entity's replacement text closes only elements it started.
+    if (!frames_.empty() && depth_ < frames_.back().depth) {
+        errAt(name, "The end tag </" + QzCString(written.data(), written.size()) +
+                        "> closes an element started outside the entity");
+    }
     openNames_.resize(openStarts_.back());
     openStarts_.pop_back();
+}
+
+// The attributes the document type declares for the element being read: defaults for those
+// the tag leaves out, and values of tokenized types normalised further.
+void QzXmlReader::applyDeclaredAttributes() {
+    const std::vector<QzXmlDoctype::Attribute>* declared = doctype_->attributes(tagName_);
+    if (declared == nullptr) return;
+    for (const QzXmlDoctype::Attribute& attribute : *declared) {
+        StagedAttribute* given = nullptr;
+        for (StagedAttribute& a : staged_) {
+            if (a.nameLength == attribute.name.size() &&
+                std::memcmp(a.name, attribute.name.data(), a.nameLength) == 0) {
+                given = &a;
+                break;
+            }
+        }
+        if (given != nullptr) {
+            if (attribute.tokenized) normalizeTokens(*given);
+            continue;
+        }
+        if (!attribute.hasDefault) continue;
+        StagedAttribute a{};
+        a.name = reinterpret_cast<const Byte*>(attribute.name.data());
+        a.nameLength = attribute.name.size();
+        const std::size_t colon = attribute.name.find(':');
+        a.localStart = colon == std::string::npos ? 0 : colon + 1;
+        a.value = reinterpret_cast<const Byte*>(attribute.value.data());
+        a.valueLength = attribute.value.size();
+        a.defaulted = true;
+        staged_.push_back(a);
+    }
+}
+
+// Leading and trailing spaces dropped, runs of spaces made one.
+void QzXmlReader::normalizeTokens(StagedAttribute& attribute) {
+    const std::string value =
+        attribute.value ? std::string(chars(attribute.value), attribute.valueLength)
+                        : expandedValues_.std().substr(attribute.valueStart, attribute.valueLength);
+    attribute.value = nullptr;
+    attribute.valueStart = expandedValues_.length();
+    for (std::size_t i = 0; i < value.size(); ++i) {
+        if (value[i] == ' ' && (expandedValues_.length() == attribute.valueStart ||
+                                i + 1 == value.size() || value[i + 1] == ' ')) {
+            continue;
+        }
+        expandedValues_ += value[i];
+    }
+    attribute.valueLength = expandedValues_.length() - attribute.valueStart;
+}
+
+// Where an error about an attribute is reported: its name, or the tag for a default.
+const QzXmlReader::Byte* QzXmlReader::placeOf(const StagedAttribute& attribute) const {
+    return attribute.defaulted ? lastTagStart_ : attribute.name;
 }
 
 // ---- Content
 
 // After the root element only comments, processing instructions and whitespace may come.
 bool QzXmlReader::strictEof() {
+    while (atEnd() && leaveEntity()) {
+    }
     if (depth_ > 0 || !rootSeen_) {
         if (!atEnd()) return false;
         if (!rootSeen_) errAt(cursor_, "The document has no root element");
@@ -1899,7 +2406,11 @@ void QzXmlReader::readStrictNextNode() {
         prematureEof();
     }
     for (;;) {
-        if (atEnd()) strictEof();
+        if (atEnd()) {
+            if (leaveEntity()) continue;
+            strictEof();
+            prematureEof();
+        }
         if (*cursor_ != '<') {
             readStrictContent();
             return;
@@ -1920,7 +2431,7 @@ void QzXmlReader::readStrictNextNode() {
             errExpected(cursor_ + 2, "'--' or '[CDATA[' after '<!'");
         } else {
             lastTagStart_ = cursor_++;
-            readTag();
+            readTagAs<true>();
             return;
         }
     }
@@ -1930,27 +2441,36 @@ void QzXmlReader::readStrictNextNode() {
 // are, comments and instructions skipped; "]]>" is not allowed in it.
 void QzXmlReader::readStrictContent() {
     nodeType_ = Content;
-    value_.resize(0);
     const Byte* start = cursor_;
-    for (;;) {
-        Byte* stop = findStop(cursor_, limit_, kContentStop);
-        for (const Byte* p = cursor_; (p = static_cast<const Byte*>(std::memchr(p, ']', stop - p)));
-             ++p) {
-            if (startsWith(p, stop, "]]>")) errAt(p, "']]>' is not allowed in text");
-        }
+    Byte* stop = findStop(cursor_, limit_, kStrictContentStop);
+    // Most texts run straight to the next tag, as in the lenient reader.
+    if (depth_ > 0 && limit_ - stop >= 2 && stop[0] == '<' && stop[1] != '?' && stop[1] != '!') {
+        checkTextLength(start, stop - cursor_);
+        setBytes(value_, chars(cursor_), stop - cursor_);
+        cursor_ = stop;
+        return;
+    }
+    value_.resize(0);
+    for (;; stop = findStop(cursor_, limit_, kStrictContentStop)) {
         value_.append(chars(cursor_), stop - cursor_);
         cursor_ = stop;
-        if (depth_ == 0 &&
-            !QzXmlUtils::stripWhiteSpaceAndNewlines(value_, QzCString::both).empty()) {
-            errAt(start, "Text is not allowed outside the root element");
+        if (atEnd()) {
+            if (leaveEntity()) continue;
+            if (strictEof()) break;
         }
-        if (atEnd()) strictEof();
-        if (*cursor_ == '&') {
+        if (*cursor_ == ']') {
+            if (startsWith(cursor_, limit_, "]]>")) errAt(cursor_, "']]>' is not allowed in text");
+            value_ += ']';
             ++cursor_;
-            appendStrictReference(value_);
+        } else if (*cursor_ == '&') {
+            ++cursor_;
+            appendStrictReference(value_, false);
         } else if (!readStrictMarkupInContent()) {
             break;
         }
+    }
+    if (depth_ == 0 && !QzXmlUtils::stripWhiteSpaceAndNewlines(value_, QzCString::both).empty()) {
+        errAt(start, "Text is not allowed outside the root element");
     }
     checkTextLength(start, value_.length());
 }
@@ -2050,23 +2570,33 @@ void QzXmlReader::readStrictAttributeValue(Byte quote, StagedAttribute& attribut
         return;
     }
     attribute.valueStart = expandedValues_.length();
+    // An entity's replacement text is read in place: its quotes are data, not the end.
+    const std::size_t frames = frames_.size();
     for (;;) {
         expandedValues_.append(chars(cursor_), stop - cursor_);
         cursor_ = stop;
-        if (atEnd()) errAt(attribute.name, "The attribute value is not closed by its quote");
-        const Byte b = *cursor_++;
-        if (b == quote) break;
-        if (b == '<') errAt(cursor_ - 1, "'<' is not allowed in an attribute value");
-        if (b == '&') {
-            const std::size_t before = expandedValues_.length();
-            appendStrictReference(expandedValues_);
-            // Checked either way; kept as written when the caller asked for no expansion.
-            if (!expandReferences_) {
-                expandedValues_.resize(before);
-                expandedValues_.append(chars(stop), cursor_ - stop);
+        if (atEnd()) {
+            if (frames_.size() == frames) {
+                errAt(attribute.name, "The attribute value is not closed by its quote");
             }
+            leaveEntity();
         } else {
-            expandedValues_ += ' ';
+            const Byte b = *cursor_++;
+            if (b == quote && frames_.size() == frames) break;
+            if (b == '<') errAt(cursor_ - 1, "'<' is not allowed in an attribute value");
+            if (b == '&') {
+                const std::size_t before = expandedValues_.length();
+                appendStrictReference(expandedValues_, true);
+                // Checked either way; kept as written when the caller asked for no expansion.
+                if (!expandReferences_) {
+                    while (frames_.size() > frames)
+                        leaveEntity();
+                    expandedValues_.resize(before);
+                    expandedValues_.append(chars(stop), cursor_ - stop);
+                }
+            } else {
+                expandedValues_ += b == quote ? static_cast<char>(b) : ' ';
+            }
         }
         stop = skipUntil(cursor_, limit_, stops);
     }
@@ -2077,7 +2607,7 @@ void QzXmlReader::readStrictAttributeValue(Byte quote, StagedAttribute& attribut
 // The five predefined entities are expanded; another entity passes through as written when
 // the document has a document type declaration that might declare it, and is an error
 // otherwise.
-void QzXmlReader::appendStrictReference(QzCString& out) {
+void QzXmlReader::appendStrictReference(QzCString& out, bool inAttribute) {
     const Byte* amp = cursor_ - 1;
     if (!atEnd() && *cursor_ == '#') {
         ++cursor_;
@@ -2120,10 +2650,34 @@ void QzXmlReader::appendStrictReference(QzCString& out) {
             return;
         }
     }
-    if (!hasDoctype_) {
-        errAt(amp, "The entity '" + QzCString(chars(name), length) +
-                       "' is not declared: without a document type declaration only lt, gt, "
-                       "amp, apos and quot are");
+    const QzCString quotedName = "'" + QzCString(chars(name), length) + "'";
+    const QzXmlDoctype::Entity* entity =
+        doctype_ ? doctype_->find(std::string_view(chars(name), length), false) : nullptr;
+    if (entity == nullptr) {
+        if (!hasDoctype_) {
+            errAt(amp, "The entity " + quotedName +
+                           " is not declared: without a document type declaration only lt, gt, "
+                           "amp, apos and quot are");
+        }
+        if (undeclaredIsError()) errAt(amp, "The entity " + quotedName + " is not declared");
+        // Declared, perhaps, where the reader does not go: skipped, left as written.
+        out.append(chars(amp), cursor_ - amp);
+        return;
     }
-    out.append(chars(amp), cursor_ - amp);
+    if (entity->unparsed) {
+        errAt(amp, "The entity " + quotedName + " is unparsed (NDATA) and cannot be referenced");
+    }
+    if (entity->external) {
+        if (inAttribute) {
+            errAt(amp, "The external entity " + quotedName +
+                           " cannot be referenced in an attribute value");
+        }
+        if (rejectExternalEntities_) {
+            errAt(amp,
+                  "The entity " + quotedName + " is external, and external entities are rejected");
+        }
+        out.append(chars(amp), cursor_ - amp);
+        return;
+    }
+    enterEntity(entity, entity->replacement, false);
 }
