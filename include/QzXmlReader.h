@@ -193,7 +193,6 @@ private:
         const char* valueText;
         const char* sortURI;
         std::size_t sortURILength;
-        bool defaulted;  ///< supplied by the document type declaration, not in the tag
     };
     template <bool Checked>
     void readTagAs();
@@ -223,8 +222,9 @@ private:
     void readContent();
     template <bool Checked>
     void readContentAs();
+    // Inlined into its dispatcher, so that the unchecked reading costs no extra call.
     template <bool Checked>
-    void readNextNodeAs();
+    [[gnu::always_inline]] inline void readNextNodeAs();
     bool readMarkupInContent();
     void appendReference(QzCString& out);
     std::uint64_t characterReference(const Byte* first, const Byte* last) const;
@@ -243,7 +243,11 @@ private:
     void readStrictEq();
     const Byte* readStrictLiteral(const char* what);
     void agreeOnEncoding(const QzCString& detected, bool utf8Mark, const Byte* at);
-    void validateCharacters();
+    void normalizeLineEnds();
+    const Byte* skipCharacter(const Byte* p);
+    void checkCharacters(const Byte* first, const Byte* last);
+    Byte* scanStrictText(Byte* p);
+    Byte* scanStrictValue(Byte* p, Byte quote);
     bool readStrictMisc();
     void readStrictDoctype(const Byte* open);
     void readStrictExternalId(bool publicOnlyAllowed = false);
@@ -269,7 +273,7 @@ private:
     void checkQName(const Byte* start, const Byte* end, std::size_t localStart, const char* what);
     void checkStrictTag(const Byte* name, const Byte* nameEnd);
     void checkDeclaration(const StagedAttribute& a);
-    void checkElementPrefix(const Byte* name);
+    void checkElementPrefix(const Byte* name, const Byte* nameEnd);
     void checkAttributeNamespaces();
     const StagedAttribute& stagedNamed(const QzXmlName& name) const;
     [[noreturn]] void errRepeatedAttribute(const char* what);
@@ -340,10 +344,9 @@ private:
     std::int64_t maxDepth_ = INT64_MAX;
 
     // Strict reading's state.
-    bool rootSeen_ = false;    ///< the root element has started
-    bool hasDoctype_ = false;  ///< references to undeclared entities pass through
-    QzCString openNames_;      ///< qualified names of the open elements, one after another
-    std::vector<std::size_t> openStarts_;  ///< where each open name starts in openNames_
+    bool rootSeen_ = false;                    ///< the root element has started
+    bool hasDoctype_ = false;                  ///< references to undeclared entities pass through
+    std::vector<std::string_view> openNames_;  ///< qualified names of the open elements
 
     // Declarations and entity expansion.
     std::unique_ptr<QzXmlDoctype> doctype_;

@@ -11,39 +11,6 @@ namespace {
 
 using Byte = QzXmlCharChecks::Byte;
 
-// Control characters XML forbids: all below space but tab, line feed and carriage return.
-constexpr bool isForbiddenControl(Byte b) {
-    return b < 0x20 && b != '\t' && b != '\n' && b != '\r';
-}
-
-bool inRange(Byte b, Byte low, Byte high) {
-    return b >= low && b <= high;
-}
-
-// Length of the well-formed UTF-8 sequence of an allowed character at p, or 0. Overlong
-// forms, surrogates, U+FFFE and U+FFFF, and code points past U+10FFFF are refused.
-int validSequence(const Byte* p, const Byte* last) {
-    const Byte b0 = p[0];
-    const std::ptrdiff_t left = last - p;
-    if (b0 < 0x80) return isForbiddenControl(b0) ? 0 : 1;
-    if (inRange(b0, 0xC2, 0xDF)) return left >= 2 && inRange(p[1], 0x80, 0xBF) ? 2 : 0;
-    if (inRange(b0, 0xE0, 0xEF)) {
-        if (left < 3 || !inRange(p[2], 0x80, 0xBF)) return 0;
-        const Byte low = b0 == 0xE0 ? 0xA0 : 0x80;
-        const Byte high = b0 == 0xED ? 0x9F : 0xBF;
-        if (!inRange(p[1], low, high)) return 0;
-        if (b0 == 0xEF && p[1] == 0xBF && p[2] >= 0xBE) return 0;
-        return 3;
-    }
-    if (inRange(b0, 0xF0, 0xF4)) {
-        if (left < 4 || !inRange(p[2], 0x80, 0xBF) || !inRange(p[3], 0x80, 0xBF)) return 0;
-        const Byte low = b0 == 0xF0 ? 0x90 : 0x80;
-        const Byte high = b0 == 0xF4 ? 0x8F : 0xBF;
-        return inRange(p[1], low, high) ? 4 : 0;
-    }
-    return 0;
-}
-
 QzCString hexCode(const char* format, unsigned value) {
     char text[96];
     std::snprintf(text, sizeof text, format, value);
@@ -62,12 +29,16 @@ const Byte* QzXmlCharChecks::firstInvalidCharacter(const Byte* first, const Byte
         for (; last - p >= 16; p += 16) {
             const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
             // Bytes from 0x80 are negative as signed: one compare finds them and controls.
-            if (_mm_movemask_epi8(_mm_cmplt_epi8(v, space)) != 0) break;
+            const int mask = _mm_movemask_epi8(_mm_cmplt_epi8(v, space));
+            if (mask != 0) {
+                p += __builtin_ctz(static_cast<unsigned>(mask));
+                break;
+            }
         }
 #endif
         if (p >= last) break;
         if (*p == '\r') sawCR = true;
-        const int length = validSequence(p, last);
+        const int length = characterLength(p, last);
         if (length == 0) return p;
         p += length;
     }
@@ -157,7 +128,7 @@ QzCString QzXmlCharChecks::describe(const Byte* p, const Byte* last) {
     if (p >= last) return QzCString("the end of the document");
     if (*p >= 0x20 && *p < 0x7F)
         return QzCString("'") + QzCString(reinterpret_cast<const char*>(p), 1) + QzCString("'");
-    if (validSequence(p, last) == 0) return hexCode("byte 0x%02X", *p);
+    if (characterLength(p, last) == 0) return hexCode("byte 0x%02X", *p);
     const Byte* q = p;
     return hexCode("U+%04X", decode(q));
 }

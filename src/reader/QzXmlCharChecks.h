@@ -3,6 +3,10 @@
 
 #include <cstdint>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 #include "QzCString.h"
 
 /// What the strict reader asks of characters: UTF-8 that encodes only characters XML allows,
@@ -12,6 +16,80 @@ class QzXmlCharChecks {
 public:
     using Byte = unsigned char;
 
+    /// Length of the well-formed UTF-8 sequence at p of a character XML allows; 0 when the
+    /// bytes from p on are anything else (overlong forms, surrogates, U+FFFE, U+FFFF, ...).
+    static int characterLength(const Byte* p, const Byte* last) {
+        const Byte b0 = p[0];
+        const std::ptrdiff_t left = last - p;
+        if (b0 < 0x80) return b0 >= 0x20 || b0 == '\t' || b0 == '\n' || b0 == '\r' ? 1 : 0;
+        if (b0 >= 0xC2 && b0 <= 0xDF) return left >= 2 && isContinuation(p[1]) ? 2 : 0;
+        if (b0 >= 0xE0 && b0 <= 0xEF) {
+            if (left < 3 || !isContinuation(p[2])) return 0;
+            const Byte low = b0 == 0xE0 ? 0xA0 : 0x80;
+            const Byte high = b0 == 0xED ? 0x9F : 0xBF;
+            if (p[1] < low || p[1] > high) return 0;
+            return b0 == 0xEF && p[1] == 0xBF && p[2] >= 0xBE ? 0 : 3;
+        }
+        if (b0 >= 0xF0 && b0 <= 0xF4) {
+            if (left < 4 || !isContinuation(p[2]) || !isContinuation(p[3])) return 0;
+            const Byte low = b0 == 0xF0 ? 0x90 : 0x80;
+            const Byte high = b0 == 0xF4 ? 0x8F : 0xBF;
+            return p[1] >= low && p[1] <= high ? 4 : 0;
+        }
+        return 0;
+    }
+    /// The first byte from p on that is "<", "&" or "]", or that is not text: a control
+    /// character other than tab, line feed and carriage return, or a byte from 0x80 outside a
+    /// well-formed two-byte sequence (other sequences are left to characterLength); last when
+    /// there is none. Sixteen bytes a step where the processor allows.
+    static const Byte* findTextStop(const Byte* p, const Byte* last) {
+#ifdef __SSE2__
+        Utf8State state;
+        for (; last - p >= 16; p += 16) {
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+            const int markup =
+                _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8('<')),
+                                                            _mm_cmpeq_epi8(v, _mm_set1_epi8('&'))),
+                                               _mm_cmpeq_epi8(v, _mm_set1_epi8(']'))));
+            // Bytes from 0x80 are negative as signed, so they count as below space.
+            const int low = _mm_movemask_epi8(_mm_cmplt_epi8(v, _mm_set1_epi8(0x20)));
+            if ((markup | low | state.pending) == 0) continue;
+            const int stops = markup | unchecked(v, low, state);
+            if (stops < 0) return p - state.back;
+            if (stops != 0) return p + __builtin_ctz(static_cast<unsigned>(stops));
+        }
+        if (state.pending != 0) return p - state.back;
+#endif
+        for (; p < last; ++p) {
+            if (*p == '<' || *p == '&' || *p == ']' || needsCheck(*p)) return p;
+        }
+        return last;
+    }
+    /// The first byte from p on that ends a run of attribute value: the quote, "<", "&", a
+    /// control character (whitespace included) or a byte from 0x80; last when there is none.
+    static const Byte* findValueStop(const Byte* p, const Byte* last, Byte quote) {
+#ifdef __SSE2__
+        for (; last - p >= 16; p += 16) {
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+            const __m128i stops = _mm_or_si128(
+                _mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8(static_cast<char>(quote))),
+                             _mm_cmpeq_epi8(v, _mm_set1_epi8('<'))),
+                _mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8('&')),
+                             _mm_cmplt_epi8(v, _mm_set1_epi8(0x20))));
+            const int mask = _mm_movemask_epi8(stops);
+            if (mask != 0) return p + __builtin_ctz(static_cast<unsigned>(mask));
+        }
+#endif
+        for (; p < last; ++p) {
+            if (*p == quote || *p == '<' || *p == '&' || *p < 0x20 || *p >= 0x80) return p;
+        }
+        return last;
+    }
+    /// Whether b is not plain ASCII text: a control other than tab, line feed and carriage
+    /// return, or a byte from 0x80, whose character has to be checked.
+    static bool needsCheck(Byte b) {
+        return b >= 0x80 || (b < 0x20 && b != '\t' && b != '\n' && b != '\r');
+    }
     /// The first byte of the first sequence in [first, last) that is not well-formed UTF-8 or
     /// encodes a character outside XML's Char production; last when there is none. sawCR is
     /// set when a carriage return was met before that point.
@@ -35,6 +113,97 @@ public:
     static const Byte* invalidNameCharacter(const Byte* first, const Byte* last);
     /// The character at p as "'c'" for printable ASCII, else "U+XXXX", for messages.
     static QzCString describe(const Byte* p, const Byte* last);
+
+private:
+    static bool isContinuation(Byte b) {
+        return (b & 0xC0) == 0x80;
+    }
+
+#ifdef __SSE2__
+    /// What one sixteen-byte step of text leaves to the next: the masks of its leads and of the
+    /// bytes that constrain the byte after them, and whether a sequence runs into the next.
+    struct Utf8State {
+        unsigned lead = 0, lead34 = 0, lead4 = 0, e0 = 0, ed = 0, f0 = 0, f4 = 0, ef = 0, bf = 0;
+        int pending = 0;  ///< a sequence of the step before wants bytes of this one
+        int back = 0;     ///< how far before this step that sequence starts
+    };
+
+    static unsigned mask(__m128i m) {
+        return static_cast<unsigned>(_mm_movemask_epi8(m));
+    }
+
+    /// Of the sixteen bytes v, whose bytes below space (signed) low marks, those that text
+    /// cannot take as they are: controls other than tab, line feed and carriage return, and,
+    /// when any sequence of bytes from 0x80 is not a character XML allows, the first byte
+    /// from 0x80 (or -1 when the broken sequence began in the step before, state.back bytes
+    /// before it). Well-formed sequences pass, also across steps.
+    static int unchecked(__m128i v, int low, Utf8State& state) {
+        const unsigned high = mask(v);
+        unsigned controls = static_cast<unsigned>(low) & ~high;
+        if (controls != 0) {
+            const __m128i allowed =
+                _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8('\t')),
+                                          _mm_cmpeq_epi8(v, _mm_set1_epi8('\n'))),
+                             _mm_cmpeq_epi8(v, _mm_set1_epi8('\r')));
+            controls &= ~mask(allowed);
+        }
+        if (high == 0 && state.pending == 0) {
+            state = Utf8State();
+            return static_cast<int>(controls);
+        }
+        // Unsigned ranges as signed compares of the bytes shifted by 0x80.
+        const __m128i s = _mm_xor_si128(v, _mm_set1_epi8(static_cast<char>(0x80)));
+        const auto atLeast = [&s](int byte) {
+            return mask(_mm_cmpgt_epi8(s, _mm_set1_epi8(static_cast<char>(byte - 0x81))));
+        };
+        const auto equal = [&v](int byte) {
+            return mask(_mm_cmpeq_epi8(v, _mm_set1_epi8(static_cast<char>(byte))));
+        };
+        const unsigned geC0 = atLeast(0xC0), geC2 = atLeast(0xC2), geE0 = atLeast(0xE0);
+        const unsigned geF0 = atLeast(0xF0), geF5 = atLeast(0xF5);
+        const unsigned continuations = high & ~geC0;
+        const unsigned lead = geC2 & ~geF5, lead34 = geE0 & ~geF5, lead4 = geF0 & ~geF5;
+        const unsigned ge90 = high & atLeast(0x90), geA0 = high & atLeast(0xA0);
+        const unsigned geBE = high & atLeast(0xBE);
+        const unsigned e0 = equal(0xE0), ed = equal(0xED), f0 = equal(0xF0), f4 = equal(0xF4);
+        const unsigned ef = equal(0xEF), bf = equal(0xBF);
+        // Masks of this step above those of the step before, which give the context.
+        const auto both = [](unsigned now, unsigned before) {
+            return static_cast<std::uint64_t>(now) << 16 | before;
+        };
+        const std::uint64_t expected = both(lead, state.lead) << 1 |
+                                       both(lead34, state.lead34) << 2 |
+                                       both(lead4, state.lead4) << 3;
+        const std::uint64_t special =
+            (both(e0, state.e0) << 1 & ~(std::uint64_t(geA0) << 16)) |
+            (both(ed, state.ed) << 1 & std::uint64_t(geA0) << 16) |
+            (both(f0, state.f0) << 1 & ~(std::uint64_t(ge90) << 16)) |
+            (both(f4, state.f4) << 1 & std::uint64_t(ge90) << 16) |
+            (both(ef, state.ef) << 2 & both(bf, state.bf) << 1 & std::uint64_t(geBE) << 16);
+        const unsigned broken = ((static_cast<unsigned>(expected >> 16) & 0xFFFF) ^ continuations) |
+                                (high & ~continuations & ~lead) |
+                                (static_cast<unsigned>(special >> 16) & 0xFFFF);
+        if (broken != 0) {
+            if (state.pending != 0) return -1;
+            return static_cast<int>(controls | high);
+        }
+        // A sequence that runs into the next step starts at the last lead of this one.
+        const int pending = static_cast<int>(expected >> 32) & 7;
+        const unsigned leadsAtEnd = lead & 0xE000;
+        state = Utf8State{lead,
+                          lead34,
+                          lead4,
+                          e0,
+                          ed,
+                          f0,
+                          f4,
+                          ef,
+                          bf,
+                          pending,
+                          pending != 0 ? 16 - (31 - __builtin_clz(leadsAtEnd)) : 0};
+        return static_cast<int>(controls);
+    }
+#endif
 };
 
 #endif

@@ -91,14 +91,12 @@ struct StopBytes {
 };
 
 constexpr StopBytes kContentStop("<&\r");
-// Line ends are normalised before strict reading, and "]" may begin a forbidden "]]>".
-constexpr StopBytes kStrictContentStop("<&]");
 constexpr StopBytes kDoubleQuotedStop("<&\"");
 constexpr StopBytes kSingleQuotedStop("<&'");
 
 // The first stop byte from p on, or limit: sixteen bytes a step where the processor allows,
 // since texts and values are mostly long runs.
-Byte* findStop(Byte* p, const Byte* limit, const StopBytes& stops) {
+[[gnu::always_inline]] inline Byte* findStop(Byte* p, const Byte* limit, const StopBytes& stops) {
 #ifdef __SSE2__
     const __m128i a = _mm_set1_epi8(stops.bytes[0]);
     const __m128i b = _mm_set1_epi8(stops.bytes[1]);
@@ -204,7 +202,8 @@ int compareBytes(const char* a, std::size_t aLength, const char* b, std::size_t 
 
 // Names and values mostly repeat those of the tag before, or have the same length: both
 // spare the general assignment.
-void setBytes(QzCString& target, const char* bytes, std::size_t length) {
+[[gnu::always_inline]] inline void setBytes(QzCString& target, const char* bytes,
+                                            std::size_t length) {
     if (target.length() != length) {
         target.assign(bytes, length);
     } else if (length != 0 && std::memcmp(target.data(), bytes, length) != 0) {
@@ -415,21 +414,31 @@ const Byte* QzXmlReader::scanName() {
 
 template <bool Checked>
 const Byte* QzXmlReader::scanNameAs() {
-    if constexpr (Checked) {
-        if (strict_) return scanStrictName();
+    // ASCII names read alike in every mode; the rest, and errors, a strict reader reads its way.
+    if (atEnd()) {
+        if constexpr (Checked) {
+            if (strict_) return scanStrictName();
+        }
+        prematureEof();
     }
-    if (atEnd()) prematureEof();
     const Byte* start = cursor_;
     if (kAsciiNameStart[*start]) {
         Byte* p = cursor_ + 1;
         while (p < limit_ && kAsciiNameByte[*p])
             ++p;
-        cursor_ = p;
         if (p < limit_ && *p < 0x80) {
+            cursor_ = p;
             if constexpr (Checked) checkNameLength(start);
             return start;
         }
+        if constexpr (Checked) {
+            if (strict_) return scanStrictName();
+        }
+        cursor_ = p;
         return scanNameRest(start);
+    }
+    if constexpr (Checked) {
+        if (strict_) return scanStrictName();
     }
     const std::uint32_t first = decodeCharacter();
     if (qzXmlCharClass(first) < 3) {
@@ -727,7 +736,7 @@ void QzXmlReader::readTagAs() {
     }
     resolveName(chars(name), chars(nameEnd), currentName_);
     if constexpr (Checked) {
-        if (strict_) checkElementPrefix(name);
+        if (strict_) checkElementPrefix(name, nameEnd);
     }
     if (nodeType_ == EmptyElement) namespaceStack_.popScope();
 }
@@ -798,16 +807,16 @@ void QzXmlReader::readAttributeAs() {
         }
     }
     readS();
-    if constexpr (Checked) {
-        if (strict_ && (atEnd() || *cursor_ != '=')) {
-            errExpected(cursor_, "'=' after the attribute name");
+    if (atEnd() || *cursor_ != '=') {
+        if constexpr (Checked) {
+            if (strict_) errExpected(cursor_, "'=' after the attribute name");
         }
     }
     if (takeByte() != '=') err("Invalid character in attribute definition");
     readS();
-    if constexpr (Checked) {
-        if (strict_ && (atEnd() || (*cursor_ != '"' && *cursor_ != '\''))) {
-            errExpected(cursor_, "a quoted attribute value");
+    if (atEnd() || (*cursor_ != '"' && *cursor_ != '\'')) {
+        if constexpr (Checked) {
+            if (strict_) errExpected(cursor_, "a quoted attribute value");
         }
     }
     const Byte quote = takeByte();
@@ -1455,9 +1464,10 @@ void QzXmlReader::checkTextLength(const Byte* at, std::size_t length) {
 
 namespace {
 
-bool startsWith(const Byte* p, const Byte* limit, const char* literal) {
-    const std::size_t n = std::strlen(literal);
-    return static_cast<std::size_t>(limit - p) >= n && std::memcmp(p, literal, n) == 0;
+// The literal's length is known where it is written, so the compare is a few instructions.
+template <std::size_t N>
+bool startsWith(const Byte* p, const Byte* limit, const char (&literal)[N]) {
+    return static_cast<std::size_t>(limit - p) >= N - 1 && std::memcmp(p, literal, N - 1) == 0;
 }
 
 bool equalsIgnoringCase(const Byte* p, std::size_t length, const char* upper) {
@@ -1515,8 +1525,6 @@ void appendCharacter(QzCString& out, std::uint32_t c) {
 // Bytes that end a run of attribute value for the strict reader: the quotes, markup, and the
 // whitespace that normalisation turns into spaces (carriage returns come only from an
 // entity's replacement text).
-constexpr ByteTable kStrictDoubleQuoted("\"<&\t\n\r");
-constexpr ByteTable kStrictSingleQuoted("'<&\t\n\r");
 constexpr ByteTable kPubidExtra(" \r\n-'()+,./:=?;!*#@$_%");
 
 bool isPubidChar(Byte b) {
@@ -1539,6 +1547,7 @@ const QzXmlReader::Byte* QzXmlReader::scanStrictName() {
         if (!kAsciiNameStart[*p]) errExpected(p, "a name");
         ++p;
     } else {
+        skipCharacter(p);
         if (!QzXmlCharChecks::isNameStartChar(QzXmlCharChecks::decode(p)))
             errExpected(start, "a name");
     }
@@ -1547,6 +1556,7 @@ const QzXmlReader::Byte* QzXmlReader::scanStrictName() {
             ++p;
         if (p >= limit_ || *p < 0x80) break;
         const Byte* at = p;
+        skipCharacter(p);
         if (!QzXmlCharChecks::isNameChar(QzXmlCharChecks::decode(p))) {
             p = at;
             break;
@@ -1590,7 +1600,7 @@ void QzXmlReader::readStrictProlog() {
         const Byte* declared = readStrictXmlDecl();
         if (declared != nullptr) agreeOnEncoding(detected, utf8Mark, declared);
     }
-    validateCharacters();
+    normalizeLineEnds();
     while (readStrictMisc()) {
     }
     if (atEnd()) errAt(cursor_, "The document has no root element");
@@ -1614,6 +1624,7 @@ const QzXmlReader::Byte* QzXmlReader::readStrictLiteral(const char* what) {
     const Byte* start = cursor_;
     const void* end = std::memchr(cursor_, quote, limit_ - cursor_);
     if (end == nullptr) errAt(limit_, QzCString("Premature EOF: ") + what + " is not closed");
+    checkCharacters(start, static_cast<const Byte*>(end));
     cursor_ = static_cast<Byte*>(const_cast<void*>(end)) + 1;
     return start;
 }
@@ -1712,11 +1723,8 @@ void QzXmlReader::agreeOnEncoding(const QzCString& detected, bool utf8Mark, cons
 }
 
 // Every character is one XML allows, in well-formed UTF-8; line ends become line feeds.
-void QzXmlReader::validateCharacters() {
-    bool sawCR = false;
-    const Byte* bad = QzXmlCharChecks::firstInvalidCharacter(cursor_, limit_, sawCR);
-    if (bad != limit_) errAt(bad, QzXmlCharChecks::describeInvalidCharacter(bad, limit_));
-    if (!sawCR) return;
+void QzXmlReader::normalizeLineEnds() {
+    if (std::memchr(cursor_, '\r', limit_ - cursor_) == nullptr) return;
     if (!ownsBuffer_) {
         // The caller's bytes are not rewritten: the reader works on its own copy.
         const std::ptrdiff_t offset = cursor_ - documentBuffer_;
@@ -1726,6 +1734,39 @@ void QzXmlReader::validateCharacters() {
     }
     limit_ = QzXmlCharChecks::normalizeLineEnds(cursor_, limit_);
     ownedText_.resize(limit_ - documentBuffer_);
+}
+
+// Characters are checked as they are read, in the same passes: p stands on a byte that is not
+// plain ASCII text; returns the byte after its character, which must be one XML allows.
+const QzXmlReader::Byte* QzXmlReader::skipCharacter(const Byte* p) {
+    const int length = QzXmlCharChecks::characterLength(p, limit_);
+    if (length == 0) errAt(p, QzXmlCharChecks::describeInvalidCharacter(p, limit_));
+    return p + length;
+}
+
+// Checks every character of [first, last), text read by a plain search.
+void QzXmlReader::checkCharacters(const Byte* first, const Byte* last) {
+    bool sawCR = false;
+    const Byte* bad = QzXmlCharChecks::firstInvalidCharacter(first, last, sawCR);
+    if (bad != last) errAt(bad, QzXmlCharChecks::describeInvalidCharacter(bad, last));
+}
+
+// An attribute value up to its quote, markup or whitespace, its characters checked on the way.
+QzXmlReader::Byte* QzXmlReader::scanStrictValue(Byte* p, Byte quote) {
+    for (;;) {
+        p = const_cast<Byte*>(QzXmlCharChecks::findValueStop(p, limit_, quote));
+        if (p == limit_ || !QzXmlCharChecks::needsCheck(*p)) return p;
+        p = const_cast<Byte*>(skipCharacter(p));
+    }
+}
+
+// Text up to the next "<", "&" or "]" (or the end), its characters checked on the way.
+QzXmlReader::Byte* QzXmlReader::scanStrictText(Byte* p) {
+    for (;;) {
+        p = const_cast<Byte*>(QzXmlCharChecks::findTextStop(p, limit_));
+        if (p == limit_ || *p == '<' || *p == '&' || *p == ']') return p;
+        p = const_cast<Byte*>(skipCharacter(p));
+    }
 }
 
 // Whitespace, a comment or a processing instruction, or the document type declaration in the
@@ -2010,8 +2051,10 @@ void QzXmlReader::readAttributeType(bool& tokenized) {
                                         "ENTITIES", "ENTITY", "NMTOKENS", "NMTOKEN"};
     tokenized = true;
     for (const char* type : types) {
-        if (startsWith(cursor_, limit_, type)) {
-            cursor_ += std::strlen(type);
+        const std::size_t length = std::strlen(type);
+        if (static_cast<std::size_t>(limit_ - cursor_) >= length &&
+            std::memcmp(cursor_, type, length) == 0) {
+            cursor_ += length;
             tokenized = std::strcmp(type, "CDATA") != 0;
             return;
         }
@@ -2031,6 +2074,7 @@ void QzXmlReader::readAttributeType(bool& tokenized) {
             const Byte* token = cursor_;
             while (!atEnd() && (*cursor_ >= 0x80 || kAsciiNameByte[*cursor_])) {
                 const Byte* at = cursor_;
+                if (*at >= 0x80) skipCharacter(at);
                 if (!QzXmlCharChecks::isNameChar(QzXmlCharChecks::decode(at))) break;
                 cursor_ = const_cast<Byte*>(at);
             }
@@ -2111,6 +2155,7 @@ void QzXmlReader::readEntityValue(std::string& replacement) {
         const Byte* run = cursor_;
         while (!atEnd() && *cursor_ != quote && *cursor_ != '&' && *cursor_ != '%')
             ++cursor_;
+        checkCharacters(run, cursor_);
         replacement.append(chars(run), cursor_ - run);
         if (atEnd()) errAt(cursor_, "Premature EOF: the entity value is not closed");
         const Byte b = *cursor_++;
@@ -2193,7 +2238,6 @@ bool QzXmlReader::leaveEntity() {
 // names, declared prefixes, legal declarations, attributes unique by name and by expanded name.
 void QzXmlReader::checkStrictTag(const Byte* name, const Byte* nameEnd) {
     if (depth_ == (nodeType_ == StartTag ? 1 : 0)) rootSeen_ = true;
-    checkQName(name, nameEnd, "element");
     std::size_t defaultDeclarations = 0;
     for (const StagedAttribute& a : staged_) {
         if (a.localStart != 0) checkQName(a.name, a.name + a.nameLength, a.localStart, "attribute");
@@ -2206,16 +2250,25 @@ void QzXmlReader::checkStrictTag(const Byte* name, const Byte* nameEnd) {
         errRepeatedAttribute("the name");
     }
     checkAttributeNamespaces();
-    if (nodeType_ == StartTag) {
-        openStarts_.push_back(openNames_.length());
-        openNames_.append(chars(name), nameEnd - name);
-    }
+    // Names stay where they are: the document and the replacement texts outlive the reader's
+    // reading of them.
+    if (nodeType_ == StartTag) openNames_.emplace_back(chars(name), nameEnd - name);
 }
 
 // After the name is resolved: a prefix must be declared, and is never xmlns.
-void QzXmlReader::checkElementPrefix(const Byte* name) {
+void QzXmlReader::checkElementPrefix(const Byte* name, const Byte* nameEnd) {
     const QzCString& prefix = currentName_.getPrefix();
-    if (prefix.empty()) return;
+    // Split at its first colon, the name is a qualified name when nothing is left over.
+    if (prefix.empty()) {
+        if (*name == ':') checkQName(name, nameEnd, "element");
+        return;
+    }
+    const QzCString& local = currentName_.getLocalName();
+    const Byte* localStart = reinterpret_cast<const Byte*>(local.data());
+    if (local.empty() || !QzXmlCharChecks::isNameStartChar(QzXmlCharChecks::decode(localStart)) ||
+        local.find(':', 0) != QzCString::npos) {
+        checkQName(name, nameEnd, "element");
+    }
     if (prefix == "xmlns") errAt(name, "The prefix 'xmlns' is reserved for namespace declarations");
     if (currentName_.getURI().empty()) {
         errAt(name, "The namespace prefix '" + prefix + "' of element '" +
@@ -2230,7 +2283,7 @@ void QzXmlReader::checkAttributeNamespaces() {
     for (std::size_t i = 0; i < filed.size(); ++i) {
         const QzXmlName& name = filed[i].getName();
         const QzCString& prefix = name.getPrefix();
-        if (prefix.empty() || prefix == "xmlns") continue;
+        if (prefix.empty() || isXmlns(prefix.data(), prefix.length())) continue;
         if (name.getURI().empty()) {
             errAt(placeOf(stagedNamed(name)), "The namespace prefix '" + prefix +
                                                   "' of attribute '" + name.getQualifiedName() +
@@ -2239,7 +2292,9 @@ void QzXmlReader::checkAttributeNamespaces() {
         for (std::size_t j = i + 1;
              j < filed.size() && filed[j].getName().getLocalName() == name.getLocalName(); ++j) {
             const QzXmlName& other = filed[j].getName();
-            if (other.getURI() == name.getURI() && other.getPrefix() != "xmlns") {
+            const QzCString& otherPrefix = other.getPrefix();
+            if (other.getURI() == name.getURI() &&
+                !isXmlns(otherPrefix.data(), otherPrefix.length())) {
                 errRepeatedAttribute("the namespace and local name");
             }
         }
@@ -2305,12 +2360,11 @@ void QzXmlReader::checkDeclaration(const StagedAttribute& a) {
 // The end tag closes the innermost open element, by its name as written.
 void QzXmlReader::checkStrictEndTag(const Byte* name, const Byte* nameEnd) {
     const std::string_view written(chars(name), nameEnd - name);
-    if (openStarts_.empty()) {
+    if (openNames_.empty()) {
         errAt(name, "The end tag </" + QzCString(written.data(), written.size()) +
                         "> closes no open element");
     }
-    const std::string_view open(openNames_.data() + openStarts_.back(),
-                                openNames_.length() - openStarts_.back());
+    const std::string_view open = openNames_.back();
     if (written != open) {
         errAt(name, "The end tag </" + QzCString(written.data(), written.size()) +
                         "> does not match the start tag <" + QzCString(open.data(), open.size()) +
@@ -2321,8 +2375,7 @@ void QzXmlReader::checkStrictEndTag(const Byte* name, const Byte* nameEnd) {
         errAt(name, "The end tag </" + QzCString(written.data(), written.size()) +
                         "> closes an element started outside the entity");
     }
-    openNames_.resize(openStarts_.back());
-    openStarts_.pop_back();
+    openNames_.pop_back();
 }
 
 // The attributes the document type declares for the element being read: defaults for those
@@ -2351,7 +2404,6 @@ void QzXmlReader::applyDeclaredAttributes() {
         a.localStart = colon == std::string::npos ? 0 : colon + 1;
         a.value = reinterpret_cast<const Byte*>(attribute.value.data());
         a.valueLength = attribute.value.size();
-        a.defaulted = true;
         staged_.push_back(a);
     }
 }
@@ -2373,9 +2425,13 @@ void QzXmlReader::normalizeTokens(StagedAttribute& attribute) {
     attribute.valueLength = expandedValues_.length() - attribute.valueStart;
 }
 
-// Where an error about an attribute is reported: its name, or the tag for a default.
+// Where an error about an attribute is reported: its name, or the tag for a default, whose
+// name lies in the declarations.
 const QzXmlReader::Byte* QzXmlReader::placeOf(const StagedAttribute& attribute) const {
-    return attribute.defaulted ? lastTagStart_ : attribute.name;
+    const auto at = reinterpret_cast<std::uintptr_t>(attribute.name);
+    const bool inText = at >= reinterpret_cast<std::uintptr_t>(documentBuffer_) &&
+                        at < reinterpret_cast<std::uintptr_t>(limit_);
+    return inText ? attribute.name : lastTagStart_;
 }
 
 // ---- Content
@@ -2388,9 +2444,7 @@ bool QzXmlReader::strictEof() {
         if (!atEnd()) return false;
         if (!rootSeen_) errAt(cursor_, "The document has no root element");
         errAt(cursor_, "The document ends inside element <" +
-                           QzCString(openNames_.data() + openStarts_.back(),
-                                     openNames_.length() - openStarts_.back()) +
-                           ">");
+                           QzCString(openNames_.back().data(), openNames_.back().size()) + ">");
     }
     while (readStrictMisc()) {
     }
@@ -2416,10 +2470,15 @@ void QzXmlReader::readStrictNextNode() {
             return;
         }
         const Byte* open = cursor_;
-        if (startsWith(cursor_, limit_, "<?")) {
+        const Byte second = limit_ - cursor_ >= 2 ? cursor_[1] : 0;
+        if (second == '?') {
             cursor_ += 2;
             readStrictPI(open);
             logMarkup(open, false);
+        } else if (second != '!') {
+            lastTagStart_ = cursor_++;
+            readTagAs<true>();
+            return;
         } else if (startsWith(cursor_, limit_, "<!--")) {
             cursor_ += 4;
             readStrictComment(open);
@@ -2427,12 +2486,8 @@ void QzXmlReader::readStrictNextNode() {
         } else if (startsWith(cursor_, limit_, "<![CDATA[")) {
             readStrictContent();
             return;
-        } else if (limit_ - cursor_ >= 2 && cursor_[1] == '!') {
-            errExpected(cursor_ + 2, "'--' or '[CDATA[' after '<!'");
         } else {
-            lastTagStart_ = cursor_++;
-            readTagAs<true>();
-            return;
+            errExpected(cursor_ + 2, "'--' or '[CDATA[' after '<!'");
         }
     }
 }
@@ -2442,7 +2497,7 @@ void QzXmlReader::readStrictNextNode() {
 void QzXmlReader::readStrictContent() {
     nodeType_ = Content;
     const Byte* start = cursor_;
-    Byte* stop = findStop(cursor_, limit_, kStrictContentStop);
+    Byte* stop = scanStrictText(cursor_);
     // Most texts run straight to the next tag, as in the lenient reader.
     if (depth_ > 0 && limit_ - stop >= 2 && stop[0] == '<' && stop[1] != '?' && stop[1] != '!') {
         checkTextLength(start, stop - cursor_);
@@ -2451,7 +2506,7 @@ void QzXmlReader::readStrictContent() {
         return;
     }
     value_.resize(0);
-    for (;; stop = findStop(cursor_, limit_, kStrictContentStop)) {
+    for (;; stop = scanStrictText(cursor_)) {
         value_.append(chars(cursor_), stop - cursor_);
         cursor_ = stop;
         if (atEnd()) {
@@ -2479,7 +2534,9 @@ void QzXmlReader::readStrictContent() {
 // answers true, or answers false for a tag.
 bool QzXmlReader::readStrictMarkupInContent() {
     const Byte* open = cursor_;
-    if (startsWith(cursor_, limit_, "<?")) {
+    const Byte second = limit_ - cursor_ >= 2 ? cursor_[1] : 0;
+    if (second != '?' && second != '!') return false;
+    if (second == '?') {
         cursor_ += 2;
         readStrictPI(open);
         logMarkup(open, true);
@@ -2507,6 +2564,7 @@ void QzXmlReader::readStrictComment(const Byte* open) {
         p = static_cast<const Byte*>(dash);
         if (limit_ - p >= 2 && p[1] == '-') {
             if (limit_ - p < 3 || p[2] != '>') errAt(p, "'--' is not allowed inside a comment");
+            checkCharacters(cursor_, p);
             cursor_ = const_cast<Byte*>(p) + 3;
             return;
         }
@@ -2537,6 +2595,7 @@ void QzXmlReader::readStrictPI(const Byte* open) {
         if (q == nullptr) errAt(open, "The processing instruction is not closed by '?>'");
         p = static_cast<const Byte*>(q) + 1;
         if (p < limit_ && *p == '>') {
+            checkCharacters(cursor_, p - 1);
             cursor_ = const_cast<Byte*>(p) + 1;
             return;
         }
@@ -2550,6 +2609,7 @@ void QzXmlReader::readStrictCDATA() {
         if (bracket == nullptr) errAt(cursor_ - 9, "The CDATA section is not closed by ']]>'");
         p = static_cast<const Byte*>(bracket);
         if (startsWith(p, limit_, "]]>")) {
+            checkCharacters(cursor_, p);
             value_.append(chars(cursor_), p - cursor_);
             cursor_ = const_cast<Byte*>(p) + 3;
             return;
@@ -2561,8 +2621,7 @@ void QzXmlReader::readStrictCDATA() {
 // Values are normalised: each tab and line feed (line ends are line feeds already) becomes
 // a space; references are expanded, a character reference to whitespace kept as it is.
 void QzXmlReader::readStrictAttributeValue(Byte quote, StagedAttribute& attribute) {
-    const ByteTable& stops = quote == '"' ? kStrictDoubleQuoted : kStrictSingleQuoted;
-    Byte* stop = skipUntil(cursor_, limit_, stops);
+    Byte* stop = scanStrictValue(cursor_, quote);
     if (stop < limit_ && *stop == quote) {
         attribute.value = cursor_;
         attribute.valueLength = stop - cursor_;
@@ -2598,7 +2657,7 @@ void QzXmlReader::readStrictAttributeValue(Byte quote, StagedAttribute& attribut
                 expandedValues_ += b == quote ? static_cast<char>(b) : ' ';
             }
         }
-        stop = skipUntil(cursor_, limit_, stops);
+        stop = scanStrictValue(cursor_, quote);
     }
     attribute.valueLength = expandedValues_.length() - attribute.valueStart;
 }

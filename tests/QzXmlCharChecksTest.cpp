@@ -1,0 +1,93 @@
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+#include "QzXmlCharChecks.h"
+
+namespace {
+
+using Byte = unsigned char;
+
+// Where a strict text scan ends and why: "stop@N" at markup, "bad@N" at a character XML does
+// not allow, "end" at the end; walked one character at a time.
+std::string scanByCharacters(const std::string& text) {
+    const Byte* first = reinterpret_cast<const Byte*>(text.data());
+    const Byte* last = first + text.size();
+    for (const Byte* p = first; p < last;) {
+        if (*p == '<' || *p == '&' || *p == ']') return "stop@" + std::to_string(p - first);
+        const int length = QzXmlCharChecks::characterLength(p, last);
+        if (length == 0) return "bad@" + std::to_string(p - first);
+        p += length;
+    }
+    return "end";
+}
+
+// The same, as the reader scans: findTextStop, and characterLength where it stops otherwise.
+std::string scanBySteps(const std::string& text) {
+    const Byte* first = reinterpret_cast<const Byte*>(text.data());
+    const Byte* last = first + text.size();
+    for (const Byte* p = first;;) {
+        p = QzXmlCharChecks::findTextStop(p, last);
+        if (p == last) return "end";
+        if (*p == '<' || *p == '&' || *p == ']') return "stop@" + std::to_string(p - first);
+        const int length = QzXmlCharChecks::characterLength(p, last);
+        if (length == 0) return "bad@" + std::to_string(p - first);
+        p += length;
+    }
+}
+
+}  // namespace
+
+// The vector scan takes whole two-byte sequences without stopping; wherever it does stop, it
+// must agree with a walk character by character, on every kind of byte at every offset.
+TEST(QzXmlCharChecks, TextScanAgreesWithACharacterWalk) {
+    const std::string pieces[] = {"a",
+                                  " ",
+                                  "\n",
+                                  "\t",
+                                  "\r",
+                                  "\xc3\xa9",
+                                  "\xe2\x82\xac",
+                                  "\xf0\x9f\x98\x80",
+                                  "<",
+                                  "&",
+                                  "]",
+                                  "\x01",
+                                  "\xc3",
+                                  "\xa9",
+                                  "\xc0\xaf",
+                                  "\xed\xa0\x80",
+                                  "\xef\xbf\xbe",
+                                  "\xdf\xbf",
+                                  "\x7f",
+                                  "\xc2\x80",
+                                  "\xf4\x90\x80\x80",
+                                  "\xff"};
+    std::mt19937 random(7);
+    for (int round = 0; round < 20000; ++round) {
+        std::string text;
+        const int pieceCount = static_cast<int>(random() % 40);
+        // Mostly text that scans to its end, with a rare odd piece.
+        for (int i = 0; i < pieceCount; ++i) {
+            const std::size_t pick = random() % 100;
+            text += pick < 60 ? pieces[0] : pick < 80 ? pieces[5] : pieces[random() % 22];
+        }
+        ASSERT_EQ(scanBySteps(text), scanByCharacters(text)) << round;
+    }
+    EXPECT_EQ(scanBySteps(std::string(15, 'a') + "\xc3\xa9" + std::string(20, 'b') + "<"),
+              "stop@37");
+    EXPECT_EQ(scanBySteps(std::string(15, 'a') + "\xc3" + std::string(20, 'b')), "bad@15");
+    EXPECT_EQ(scanBySteps(std::string(31, 'a') + "\xc3\xa9"), "end");
+}
+
+TEST(QzXmlCharChecks, NameCharactersOfTheFifthEdition) {
+    EXPECT_TRUE(QzXmlCharChecks::isNameStartChar(0x10000));
+    EXPECT_TRUE(QzXmlCharChecks::isNameStartChar(':'));
+    EXPECT_FALSE(QzXmlCharChecks::isNameStartChar(0xB7));
+    EXPECT_TRUE(QzXmlCharChecks::isNameChar(0xB7));
+    EXPECT_FALSE(QzXmlCharChecks::isNameStartChar(0x2070 - 1));
+    EXPECT_FALSE(QzXmlCharChecks::isNameChar(0xF0000));
+    EXPECT_FALSE(QzXmlCharChecks::isChar(0xFFFE));
+    EXPECT_TRUE(QzXmlCharChecks::isChar(0x10FFFF));
+}
