@@ -17,6 +17,7 @@ TARGETS = [
     ("reader / expat", "qz-reader", "expat", 3.0),
     ("reader / pugixml", "qz-reader", "pugixml", 1.0),
     ("event parser / reader", "qz-events", "qz-reader", 0.9),
+    ("strict reader / lenient reader", "qz-strict", "qz-reader", 0.85),
     ("writer / xmlTextWriter", "qz-writer", "libxml2-writer", 3.0),
 ]
 
