@@ -266,7 +266,7 @@ private:
     void applyDeclaredAttributes();
     void normalizeTokens(StagedAttribute& attribute);
     const Byte* placeOf(const StagedAttribute& attribute) const;
-    void enterEntity(const void* entity, const std::string& text, bool parameter);
+    void enterEntity(const Byte* reference, const void* entity, const std::string& text);
     bool leaveEntity();
     const Byte* scanStrictName();
     void checkQName(const Byte* start, const Byte* end, const char* what);
@@ -356,8 +356,9 @@ private:
         Byte* cursor;
         Byte* limit;
         Byte* buffer;
-        const void* entity;  ///< the entity being read, to refuse recursion
-        std::int32_t depth;  ///< the element depth at the reference
+        const Byte* reference;  ///< the "&" or "%" of the reference, where errors are placed
+        const void* entity;     ///< the entity being read, to refuse recursion
+        std::int32_t depth;     ///< the element depth at the reference
     };
     std::vector<InputFrame> frames_;
     std::string_view tagName_;           ///< the name of the start tag being read

@@ -333,7 +333,7 @@ void QzXmlReader::logMarkup(const Byte* open, bool inText) {
 void QzXmlReader::err(const QzCString& message) const {
     // Inside an entity's replacement text, the place is that of the reference in the document.
     const Byte* base = frames_.empty() ? documentBuffer_ : frames_.front().buffer;
-    const Byte* at = frames_.empty() ? cursor_ : frames_.front().cursor;
+    const Byte* at = frames_.empty() ? cursor_ : frames_.front().reference;
     std::uint64_t line = 1;
     const Byte* lineStart = base;
     for (const Byte* p = base; p < at; ++p) {
@@ -1907,7 +1907,7 @@ void QzXmlReader::readParameterReference() {
         skippingDeclarations_ = declaredStandalone_ != "yes";
         return;
     }
-    enterEntity(entity, entity->replacement, true);
+    enterEntity(name - 1, entity, entity->replacement);
 }
 
 // After "<!": an element type, attribute-list, entity or notation declaration.
@@ -2199,20 +2199,19 @@ bool QzXmlReader::undeclaredIsError() const {
 }
 
 // Reads an entity's replacement text in place of the document until it ends.
-void QzXmlReader::enterEntity(const void* entity, const std::string& text, bool parameter) {
+void QzXmlReader::enterEntity(const Byte* reference, const void* entity, const std::string& text) {
     for (const InputFrame& frame : frames_) {
         if (frame.entity == entity) err("An entity refers to itself, directly or through others");
     }
     if (frames_.size() >= maxEntityDepth_) {
-        errLimit(cursor_, "Entity nesting", "maxEntityDepth", maxEntityDepth_);
+        errLimit(reference, "Entity nesting", "maxEntityDepth", maxEntityDepth_);
     }
     expandedLength_ += text.size();
     if (expandedLength_ > entityAmplificationThreshold_ &&
         expandedLength_ / std::max<std::size_t>(documentLength_, 1) >= maxEntityAmplification_) {
-        errLimit(cursor_, "Entity expansion", "maxEntityAmplification", maxEntityAmplification_);
+        errLimit(reference, "Entity expansion", "maxEntityAmplification", maxEntityAmplification_);
     }
-    (void)parameter;
-    frames_.push_back({cursor_, limit_, documentBuffer_, entity, depth_});
+    frames_.push_back({cursor_, limit_, documentBuffer_, reference, entity, depth_});
     // The replacement text is never written: the scanners only read through these pointers.
     Byte* first = reinterpret_cast<Byte*>(const_cast<char*>(text.data()));
     documentBuffer_ = cursor_ = first;
@@ -2738,5 +2737,5 @@ void QzXmlReader::appendStrictReference(QzCString& out, bool inAttribute) {
         out.append(chars(amp), cursor_ - amp);
         return;
     }
-    enterEntity(entity, entity->replacement, false);
+    enterEntity(amp, entity, entity->replacement);
 }
