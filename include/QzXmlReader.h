@@ -28,11 +28,12 @@ class QzXmlMarkupLog;
 ///
 /// Constructed with QzXmlReaderOptions whose strict member is true, the reader is a
 /// conforming XML 1.0 (fifth edition) and Namespaces processor: every well-formedness and
-/// namespace constraint is checked (those of a document type declaration's internal subset
-/// aside, which is skipped), line ends and attribute values are normalised, the xml prefix is
-/// bound, and references to entities other than the five predefined ones are errors unless the
-/// document has a document type declaration (then they pass through as written). Its messages
-/// name what was found and what was required.
+/// namespace constraint is checked, the internal subset's included; its internal entities are
+/// expanded in text and values under the entity limits, declared defaults fill in attributes,
+/// line ends and attribute values are normalised, and the xml prefix is bound. Nothing external
+/// is fetched (see QzXmlReaderOptions::rejectExternalEntities). Its messages name what was
+/// found and what was required; inside an entity's replacement text, the place is the
+/// reference's.
 class QZXML_API QzXmlReader {
 public:
     /// Kind of the current node.

@@ -16,7 +16,7 @@ class QzXmlReaderOptions {
 public:
     /// What to do with a document type declaration.
     enum class Doctype {
-        Parse,    ///< read it (its internal subset is skipped, not yet interpreted)
+        Parse,    ///< read it: the strict reader takes its internal subset's declarations
         Prohibit  ///< reject any document that has one
     };
 
@@ -41,14 +41,17 @@ public:
     /// Longest document, in bytes as given; strict default: none.
     std::size_t maxDocumentLength = ModeDefault;
 
-    /// Deepest nesting of entity expansions; strict default 40. (Entities are expanded by a
-    /// later release; until then these four members have no effect.)
+    /// Deepest nesting of entity expansions; strict default 40. The entity members apply to
+    /// the strict reader, which expands the internal entities its document declares.
     std::size_t maxEntityDepth = ModeDefault;
     /// Most bytes that expansions may produce per byte of the document; strict default 100.
     std::size_t maxEntityAmplification = ModeDefault;
     /// Bytes of expansion below which the amplification is not checked; strict default 8 MiB.
     std::size_t entityAmplificationThreshold = ModeDefault;
-    /// Whether a reference to an external entity is an error (true) or skipped.
+    /// Whether a reference to an external entity is an error (true) or skipped. External
+    /// entities and the external subset are never fetched: a skipped reference stays in the
+    /// text as written, "&name;", as does one to an undeclared entity where declarations may
+    /// lie unread (an external subset or a parameter-entity reference, not standalone).
     bool rejectExternalEntities = true;
 
     /// Bytes read from a stream at a time by the streaming reader.

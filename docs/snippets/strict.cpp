@@ -25,6 +25,7 @@ int main() {
     read("<p:a/>", strict);
     read("<a><!-- x -- y --></a>", strict);
     read("<a/><!-- a comment after the root -->", strict);
+    read("<!DOCTYPE a [<!ENTITY who 'world'>]><a>hello, &who;</a>", strict);
     strict.maxDepth = 2;
     read("<a><b><c/></b></a>", strict);
 }
