@@ -47,14 +47,16 @@ public:
         Utf8State state;
         for (; last - p >= 16; p += 16) {
             const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-            const int markup =
-                _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8('<')),
-                                                            _mm_cmpeq_epi8(v, _mm_set1_epi8('&'))),
-                                               _mm_cmpeq_epi8(v, _mm_set1_epi8(']'))));
+            const __m128i markup = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8('<')),
+                                                             _mm_cmpeq_epi8(v, _mm_set1_epi8('&'))),
+                                                _mm_cmpeq_epi8(v, _mm_set1_epi8(']')));
             // Bytes from 0x80 are negative as signed, so they count as below space.
-            const int low = _mm_movemask_epi8(_mm_cmplt_epi8(v, _mm_set1_epi8(0x20)));
-            if ((markup | low | state.pending) == 0) continue;
-            const int stops = markup | unchecked(v, low, state);
+            const __m128i low = _mm_cmplt_epi8(v, _mm_set1_epi8(0x20));
+            if ((mask(_mm_or_si128(markup, low)) | static_cast<unsigned>(state.pending)) == 0) {
+                continue;
+            }
+            const int stops =
+                static_cast<int>(mask(markup)) | unchecked(v, static_cast<int>(mask(low)), state);
             if (stops < 0) return p - state.back;
             if (stops != 0) return p + __builtin_ctz(static_cast<unsigned>(stops));
         }
@@ -137,7 +139,7 @@ private:
     /// when any sequence of bytes from 0x80 is not a character XML allows, the first byte
     /// from 0x80 (or -1 when the broken sequence began in the step before, state.back bytes
     /// before it). Well-formed sequences pass, also across steps.
-    static int unchecked(__m128i v, int low, Utf8State& state) {
+    [[gnu::always_inline]] static int unchecked(__m128i v, int low, Utf8State& state) {
         const unsigned high = mask(v);
         unsigned controls = static_cast<unsigned>(low) & ~high;
         if (controls != 0) {
@@ -160,13 +162,21 @@ private:
             return mask(_mm_cmpeq_epi8(v, _mm_set1_epi8(static_cast<char>(byte))));
         };
         const unsigned geC0 = atLeast(0xC0), geC2 = atLeast(0xC2), geE0 = atLeast(0xE0);
+        if ((geE0 | state.lead34) == 0) {
+            // Two-byte sequences only, the common case of Latin text: each lead is followed by
+            // one continuation, and every continuation follows a lead.
+            const unsigned continuations = high & ~geC0;
+            const unsigned expected = ((geC2 << 1) | (state.lead >> 15)) & 0xFFFF;
+            if ((expected ^ continuations) != 0 || (high & ~continuations & ~geC2) != 0) {
+                return state.pending != 0 ? -1 : static_cast<int>(controls | high);
+            }
+            const int pending = static_cast<int>(geC2 >> 15);
+            state = Utf8State{geC2, 0, 0, 0, 0, 0, 0, 0, 0, pending, pending};
+            return static_cast<int>(controls);
+        }
         const unsigned geF0 = atLeast(0xF0), geF5 = atLeast(0xF5);
         const unsigned continuations = high & ~geC0;
         const unsigned lead = geC2 & ~geF5, lead34 = geE0 & ~geF5, lead4 = geF0 & ~geF5;
-        const unsigned ge90 = high & atLeast(0x90), geA0 = high & atLeast(0xA0);
-        const unsigned geBE = high & atLeast(0xBE);
-        const unsigned e0 = equal(0xE0), ed = equal(0xED), f0 = equal(0xF0), f4 = equal(0xF4);
-        const unsigned ef = equal(0xEF), bf = equal(0xBF);
         // Masks of this step above those of the step before, which give the context.
         const auto both = [](unsigned now, unsigned before) {
             return static_cast<std::uint64_t>(now) << 16 | before;
@@ -174,12 +184,21 @@ private:
         const std::uint64_t expected = both(lead, state.lead) << 1 |
                                        both(lead34, state.lead34) << 2 |
                                        both(lead4, state.lead4) << 3;
-        const std::uint64_t special =
-            (both(e0, state.e0) << 1 & ~(std::uint64_t(geA0) << 16)) |
-            (both(ed, state.ed) << 1 & std::uint64_t(geA0) << 16) |
-            (both(f0, state.f0) << 1 & ~(std::uint64_t(ge90) << 16)) |
-            (both(f4, state.f4) << 1 & std::uint64_t(ge90) << 16) |
-            (both(ef, state.ef) << 2 & both(bf, state.bf) << 1 & std::uint64_t(geBE) << 16);
+        // Only three- and four-byte sequences have second bytes out of range or U+FFFE.
+        unsigned e0 = 0, ed = 0, f0 = 0, f4 = 0, ef = 0, bf = 0;
+        std::uint64_t special = 0;
+        if ((lead34 | state.lead34) != 0) {
+            const unsigned ge90 = high & atLeast(0x90), geA0 = high & atLeast(0xA0);
+            const unsigned geBE = high & atLeast(0xBE);
+            e0 = equal(0xE0), ed = equal(0xED), f0 = equal(0xF0), f4 = equal(0xF4);
+            ef = equal(0xEF), bf = equal(0xBF);
+            special =
+                (both(e0, state.e0) << 1 & ~(std::uint64_t(geA0) << 16)) |
+                (both(ed, state.ed) << 1 & std::uint64_t(geA0) << 16) |
+                (both(f0, state.f0) << 1 & ~(std::uint64_t(ge90) << 16)) |
+                (both(f4, state.f4) << 1 & std::uint64_t(ge90) << 16) |
+                (both(ef, state.ef) << 2 & both(bf, state.bf) << 1 & std::uint64_t(geBE) << 16);
+        }
         const unsigned broken = ((static_cast<unsigned>(expected >> 16) & 0xFFFF) ^ continuations) |
                                 (high & ~continuations & ~lead) |
                                 (static_cast<unsigned>(special >> 16) & 0xFFFF);
