@@ -42,7 +42,7 @@ public:
     /// character other than tab, line feed and carriage return, or a byte from 0x80 outside a
     /// well-formed two-byte sequence (other sequences are left to characterLength); last when
     /// there is none. Sixteen bytes a step where the processor allows.
-    static const Byte* findTextStop(const Byte* p, const Byte* last) {
+    [[gnu::always_inline]] static const Byte* findTextStop(const Byte* p, const Byte* last) {
 #ifdef __SSE2__
         Utf8State state;
         for (; last - p >= 16; p += 16) {
@@ -69,7 +69,8 @@ public:
     }
     /// The first byte from p on that ends a run of attribute value: the quote, "<", "&", a
     /// control character (whitespace included) or a byte from 0x80; last when there is none.
-    static const Byte* findValueStop(const Byte* p, const Byte* last, Byte quote) {
+    [[gnu::always_inline]] static const Byte* findValueStop(const Byte* p, const Byte* last,
+                                                            Byte quote) {
 #ifdef __SSE2__
         for (; last - p >= 16; p += 16) {
             const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));

@@ -1579,8 +1579,11 @@ void QzXmlReader::checkQName(const Byte* start, const Byte* end, std::size_t loc
                              const char* what) {
     const Byte* local = start + localStart;
     const Byte* after = local;
+    // ASCII first characters, the common case, by the table ("a:" and "a::b" fail here too).
     const bool localStarts =
-        local < end && QzXmlCharChecks::isNameStartChar(QzXmlCharChecks::decode(after));
+        local < end &&
+        (*local < 0x80 ? kAsciiNameStart[*local] && *local != ':'
+                       : QzXmlCharChecks::isNameStartChar(QzXmlCharChecks::decode(after)));
     if (localStart == 1 || !localStarts || findColon(chars(local), chars(end)) != chars(end)) {
         errAt(start, QzCString("The ") + what + " name '" + QzCString(chars(start), end - start) +
                          "' is not a qualified name: expected a prefix, one colon and a local "
@@ -2364,7 +2367,8 @@ void QzXmlReader::checkStrictEndTag(const Byte* name, const Byte* nameEnd) {
                         "> closes no open element");
     }
     const std::string_view open = openNames_.back();
-    if (written != open) {
+    if (written.size() != open.size() ||
+        !std::equal(written.begin(), written.end(), open.begin())) {
         errAt(name, "The end tag </" + QzCString(written.data(), written.size()) +
                         "> does not match the start tag <" + QzCString(open.data(), open.size()) +
                         ">");
