@@ -221,6 +221,7 @@ private:
 
     // Character data.
     void readContent();
+    bool takePendingNode();
     template <bool Checked>
     void readContentAs();
     // Inlined into its dispatcher, so that the unchecked reading costs no extra call.

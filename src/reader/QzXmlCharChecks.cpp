@@ -115,15 +115,6 @@ bool QzXmlCharChecks::isNameChar(std::uint32_t c) {
     return c == 0xB7 || (c >= 0x300 && c <= 0x36F) || (c >= 0x203F && c <= 0x2040);
 }
 
-const Byte* QzXmlCharChecks::invalidNameCharacter(const Byte* first, const Byte* last) {
-    for (const Byte* p = first; p < last;) {
-        const Byte* at = p;
-        const std::uint32_t c = decode(p);
-        if (at == first ? !isNameStartChar(c) : !isNameChar(c)) return at;
-    }
-    return last;
-}
-
 QzCString QzXmlCharChecks::describe(const Byte* p, const Byte* last) {
     if (p >= last) return QzCString("the end of the document");
     if (*p >= 0x20 && *p < 0x7F)

@@ -111,9 +111,6 @@ public:
     static bool isNameStartChar(std::uint32_t c);
     /// Whether c may continue a name (fifth edition).
     static bool isNameChar(std::uint32_t c);
-    /// The first character of [first, last) that breaks the Name production, or last. Input
-    /// must be well-formed UTF-8.
-    static const Byte* invalidNameCharacter(const Byte* first, const Byte* last);
     /// The character at p as "'c'" for printable ASCII, else "U+XXXX", for messages.
     static QzCString describe(const Byte* p, const Byte* last);
 

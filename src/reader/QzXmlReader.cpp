@@ -1077,15 +1077,15 @@ void QzXmlReader::addNamespace(const QzXmlNamespace& ns) {
 // Character data
 
 void QzXmlReader::readContent() {
-    if (nodePending_) {
-        nodePending_ = false;
-        return;
-    }
-    if (checked_) {
-        readContentAs<true>();
-    } else {
-        readContentAs<false>();
-    }
+    if (takePendingNode()) return;
+    checked_ ? readContentAs<true>() : readContentAs<false>();
+}
+
+// A node read ahead is the one asked for now.
+bool QzXmlReader::takePendingNode() {
+    if (!nodePending_) return false;
+    nodePending_ = false;
+    return true;
 }
 
 template <bool Checked>
@@ -1230,15 +1230,8 @@ void QzXmlReader::readCDATA() {
 // Navigation
 
 void QzXmlReader::readNextNode() {
-    if (nodePending_) {
-        nodePending_ = false;
-        return;
-    }
-    if (checked_) {
-        readNextNodeAs<true>();
-    } else {
-        readNextNodeAs<false>();
-    }
+    if (takePendingNode()) return;
+    checked_ ? readNextNodeAs<true>() : readNextNodeAs<false>();
 }
 
 template <bool Checked>
@@ -1488,16 +1481,12 @@ QzCString upperCase(const QzCString& text) {
     return upper;
 }
 
-bool isUtf16Name(const QzCString& upper) {
-    return upper == "UTF-16" || upper == "UTF-16BE" || upper == "UTF-16LE";
-}
-
 // Encodings whose bytes are not a superset of ASCII: a declaration naming one cannot have
 // been read as ASCII.
 bool isWideName(const QzCString& upper) {
-    return isUtf16Name(upper) || upper.std().rfind("UTF-32", 0) == 0 ||
-           upper.std().rfind("UCS-", 0) == 0 || upper == "ISO-10646-UCS-2" ||
-           upper == "ISO-10646-UCS-4";
+    const std::string& name = upper.std();
+    return name.rfind("UTF-16", 0) == 0 || name.rfind("UTF-32", 0) == 0 ||
+           name.rfind("UCS-", 0) == 0 || name.rfind("ISO-10646-UCS-", 0) == 0;
 }
 
 // UTF-8 of a code point the caller has checked to be a character.
