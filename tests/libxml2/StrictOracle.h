@@ -56,7 +56,8 @@ public:
         flush();
         std::sort(attrs.begin(), attrs.end());
         std::string line = "start {" + uri + "}" + local;
-        for (const Attribute& a : attrs) line += " {" + a.uri + "}" + a.local + "=" + quote(a.value);
+        for (const Attribute& a : attrs)
+            line += " {" + a.uri + "}" + a.local + "=" + quote(a.value);
         lines_.push_back(line);
         ++depth_;
     }
@@ -91,18 +92,18 @@ struct Reading {
 
 // libxml2's reading, with what it saw of a document type declaration.
 struct OracleReading : Reading {
-    int code = 0;                 ///< libxml2's code of the first error
-    bool doctype = false;         ///< the document has a document type declaration
-    bool subsetError = false;     ///< the first error lies in the internal subset
-    bool subsetDeclares = false;  ///< the internal subset declares entities or attribute defaults
+    std::vector<std::string> errors;  ///< the errors that reject, in order
+    bool doctype = false;             ///< the document has a document type declaration
+    bool undeclaredEntity = false;    ///< it references an entity nobody declared
+    bool declaredEntity = false;      ///< the internal subset declares a general entity
+    bool attributeDefault = false;    ///< ... an attribute default
+    bool tokenizedAttribute = false;  ///< ... an attribute of a type other than CDATA
 };
 
 namespace detail {
 
 struct Collector {
     OracleReading* reading;
-    bool inInternalSubset = false;
-    bool failed = false;
 };
 
 inline Collector*& collector() {
@@ -112,30 +113,37 @@ inline Collector*& collector() {
 
 inline void ignore(void*, const char*, ...) {}
 
+// Fatal errors break well-formedness; namespace errors, reported as plain errors, break
+// namespace well-formedness. Other errors (an undeclared entity under an external subset,
+// for one) and warnings do not reject.
 inline void onError(void*, xmlErrorPtr error) {
     Collector* c = collector();
-    if (c == nullptr || error == nullptr || error->level < XML_ERR_ERROR || c->failed) return;
-    c->failed = true;
-    c->reading->code = error->code;
+    if (c == nullptr || error == nullptr) return;
+    if (error->code == XML_WAR_UNDECLARED_ENTITY || error->code == XML_ERR_UNDECLARED_ENTITY)
+        c->reading->undeclaredEntity = true;
+    // libxml2 also parses each namespace name as a URI; namespace well-formedness does not
+    // ask for that, and strict mode does not check it.
+    if (error->code == XML_WAR_NS_URI) return;
+    const bool rejects = error->level == XML_ERR_FATAL ||
+                         (error->level == XML_ERR_ERROR && error->domain == XML_FROM_NAMESPACE);
+    if (!rejects) return;
     std::string message = error->message ? error->message : "";
-    while (!message.empty() && message.back() == '\n') message.pop_back();
-    c->reading->error = message + " (line " + std::to_string(error->line) + ", code " +
-                        std::to_string(error->code) + ")";
-    const auto* ctxt = static_cast<const xmlParserCtxt*>(error->ctxt);
-    c->reading->subsetError = c->inInternalSubset && ctxt != nullptr && ctxt->inSubset == 1;
+    while (!message.empty() && message.back() == '\n')
+        message.pop_back();
+    c->reading->errors.push_back(message + " (line " + std::to_string(error->line) + ", code " +
+                                 std::to_string(error->code) + ")");
 }
 
-// Called once the name and external identifier are read, just before any internal subset.
+// Called once the name and external identifier are read.
 inline void onInternalSubset(void* ctx, const xmlChar* name, const xmlChar* publicId,
                              const xmlChar* systemId) {
     xmlSAX2InternalSubset(ctx, name, publicId, systemId);
-    Collector* c = collector();
-    const auto* ctxt = static_cast<const xmlParserCtxt*>(ctx);
-    c->reading->doctype = true;
-    c->inInternalSubset = ctxt->input->cur < ctxt->input->end && *ctxt->input->cur == '[';
+    collector()->reading->doctype = true;
 }
 
-inline std::string str(const xmlChar* s) { return s ? reinterpret_cast<const char*>(s) : ""; }
+inline std::string str(const xmlChar* s) {
+    return s ? reinterpret_cast<const char*>(s) : "";
+}
 
 // Text and CDATA as they are, a reference to an entity as written (entities are not
 // substituted, and strict mode passes unknown ones through literally).
@@ -146,8 +154,18 @@ inline std::string textOf(const xmlNode* node) {
 
 inline std::string valueOf(const xmlAttr* attribute) {
     std::string out;
-    for (const xmlNode* n = attribute->children; n != nullptr; n = n->next) out += textOf(n);
+    for (const xmlNode* n = attribute->children; n != nullptr; n = n->next)
+        out += textOf(n);
     return out;
+}
+
+// libxml2 keeps an "&" of a namespace declaration's value as "&#38;" in the namespace name
+// (the value it reads is escaped for a later decoding that namespaces never get).
+inline std::string uriOf(const xmlNs* ns) {
+    std::string uri = ns ? str(ns->href) : "";
+    for (std::size_t at = 0; (at = uri.find("&#38;", at)) != std::string::npos; ++at)
+        uri.replace(at, 5, "&");
+    return uri;
 }
 
 inline void walk(const xmlNode* node, Events& events) {
@@ -156,8 +174,8 @@ inline void walk(const xmlNode* node, Events& events) {
             case XML_ELEMENT_NODE: {
                 std::vector<Attribute> attrs;
                 for (const xmlAttr* a = node->properties; a != nullptr; a = a->next)
-                    attrs.push_back({a->ns ? str(a->ns->href) : "", str(a->name), valueOf(a)});
-                events.start(node->ns ? str(node->ns->href) : "", str(node->name), attrs);
+                    attrs.push_back({uriOf(a->ns), str(a->name), valueOf(a)});
+                events.start(uriOf(node->ns), str(node->name), attrs);
                 walk(node->children, events);
                 events.end();
                 break;
@@ -173,29 +191,31 @@ inline void walk(const xmlNode* node, Events& events) {
     }
 }
 
-// Declarations whose effect on the document waits for the internal subset to be interpreted:
-// general entities, and attributes with a default or a type that normalizes their values.
-inline bool declaresWhatMatters(const xmlDtd* dtd) {
-    if (dtd == nullptr) return false;
+inline void readDeclarations(const xmlDtd* dtd, OracleReading& reading) {
+    if (dtd == nullptr) return;
     for (const xmlNode* n = dtd->children; n != nullptr; n = n->next) {
         if (n->type == XML_ENTITY_DECL) {
             const auto* e = reinterpret_cast<const xmlEntity*>(n);
             if (e->etype != XML_INTERNAL_PARAMETER_ENTITY &&
                 e->etype != XML_EXTERNAL_PARAMETER_ENTITY)
-                return true;
+                reading.declaredEntity = true;
         } else if (n->type == XML_ATTRIBUTE_DECL) {
             const auto* a = reinterpret_cast<const xmlAttribute*>(n);
-            if (a->defaultValue != nullptr || a->atype != XML_ATTRIBUTE_CDATA) return true;
+            if (a->defaultValue != nullptr) reading.attributeDefault = true;
+            if (a->atype != XML_ATTRIBUTE_CDATA) reading.tokenizedAttribute = true;
         }
     }
-    return false;
 }
+
+inline void noExternalSubset(void*, const xmlChar*, const xmlChar*, const xmlChar*) {}
 
 }  // namespace detail
 
-// libxml2 without network access, entity substitution or attribute defaulting: well-formed
-// only when it reports neither a well-formedness nor a namespace error.
-inline OracleReading readWithLibxml2(const std::string& document) {
+// libxml2 without network access, entity substitution or attribute defaulting (unless
+// expand: then with both, as the strict reader will read the internal subset; never with the
+// external subset): well-formed only when it reports neither a well-formedness nor a
+// namespace error.
+inline OracleReading readWithLibxml2(const std::string& document, bool expand = false) {
     OracleReading reading;
     detail::Collector collector{&reading};
     detail::collector() = &collector;
@@ -208,13 +228,22 @@ inline OracleReading readWithLibxml2(const std::string& document) {
         detail::collector() = nullptr;
         return reading;
     }
-    xmlCtxtUseOptions(ctxt, XML_PARSE_NONET);
+    xmlCtxtUseOptions(
+        ctxt, expand ? XML_PARSE_NONET | XML_PARSE_NOENT | XML_PARSE_DTDATTR : XML_PARSE_NONET);
     ctxt->sax->internalSubset = detail::onInternalSubset;
+    ctxt->sax->externalSubset = detail::noExternalSubset;
     xmlParseDocument(ctxt);
-    reading.accepted = ctxt->wellFormed && ctxt->nsWellFormed && !collector.failed;
-    if (!reading.accepted && reading.error.empty()) reading.error = "not well-formed";
+    if (!ctxt->wellFormed && reading.errors.empty())
+        reading.errors.push_back("not well-formed, without a message");
+    // libxml2 takes a U+0000 for the end of its input and accepts what came before; the
+    // character is never allowed.
+    const xmlParserInput* in = ctxt->input;
+    if (reading.errors.empty() && in != nullptr && in->cur < in->end && *in->cur == 0)
+        reading.errors.push_back("U+0000, where libxml2 stopped reading");
+    reading.accepted = reading.errors.empty();
+    if (!reading.accepted) reading.error = reading.errors.front();
     if (ctxt->myDoc != nullptr) {
-        reading.subsetDeclares = detail::declaresWhatMatters(ctxt->myDoc->intSubset);
+        detail::readDeclarations(ctxt->myDoc->intSubset, reading);
         if (reading.accepted) {
             Events events;
             detail::walk(ctxt->myDoc->children, events);
@@ -235,7 +264,7 @@ inline QzXmlReaderOptions strictOptions() {
 
 // The strict reader made by makeReader, walked to the end. Only QzXmlParseError is caught.
 template <class MakeReader>
-Reading readStrict(const MakeReader& makeReader) {
+Reading readStrictWith(const MakeReader& makeReader) {
     Reading reading;
     Events events;
     try {
@@ -275,7 +304,7 @@ Reading readStrict(const MakeReader& makeReader) {
 
 inline Reading readStrict(const std::string& document,
                           const QzXmlReaderOptions& options = strictOptions()) {
-    return readStrict([&] {
+    return readStrictWith([&] {
         return std::make_unique<QzXmlReader>(QzCString(document.data(), document.size()), options);
     });
 }
