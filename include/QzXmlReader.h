@@ -137,6 +137,7 @@ private:
     /// Copies the document and reads its prolog, recording skipped markup in log when given.
     QzXmlReader(const QzCString& document, const QzXmlReaderOptions& options, QzXmlMarkupLog* log);
     void applyOptions(const QzXmlReaderOptions& options);
+    void readAtMost(std::istream& input, std::size_t limit);
     void logMarkup(const Byte* open, bool inText);
 
     void adoptOwnedText();

@@ -233,6 +233,15 @@ TEST(QzXmlStrictReader, LimitsInEitherMode) {
     limits = QzXmlReaderOptions();
     limits.maxDocumentLength = 5;
     EXPECT_EQ(failAt("<a>\n</a>", limits), "2:2 The document exceeds maxDocumentLength (5)");
+    // A stream is read no further than the limit.
+    std::istringstream longStream("<a>" + std::string(1 << 20, 'x') + "</a>");
+    try {
+        QzXmlReader reader(longStream, limits);
+        FAIL() << "no error";
+    } catch (const QzXmlParseError& e) {
+        EXPECT_STREQ(e.why(), "The document exceeds maxDocumentLength (5)");
+        EXPECT_EQ(longStream.tellg(), 6);
+    }
     // The strict defaults, and 0 lifting one of them.
     std::string deep;
     for (int i = 0; i < 257; ++i)

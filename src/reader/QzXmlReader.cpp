@@ -250,9 +250,27 @@ QzXmlReader::QzXmlReader(unsigned char* buffer, unsigned long length)
 
 QzXmlReader::QzXmlReader(std::istream& input, const QzXmlReaderOptions& options) {
     applyOptions(options);
-    ownedText_.readFile(input);
+    if (maxDocumentLength_ == SIZE_MAX) {
+        ownedText_.readFile(input);
+    } else {
+        readAtMost(input, maxDocumentLength_ + 1);
+    }
     adoptOwnedText();
     readDocument();
+}
+
+// Reads up to limit bytes of the stream, a chunk at a time: a document past the length limit
+// is read no further than the byte that breaks it.
+void QzXmlReader::readAtMost(std::istream& input, std::size_t limit) {
+    constexpr std::size_t chunk = 1 << 16;
+    std::size_t length = 0;
+    while (length < limit && input) {
+        const std::size_t want = std::min(chunk, limit - length);
+        ownedText_.resize(length + want);
+        input.read(ownedText_.data() + length, static_cast<std::streamsize>(want));
+        length += static_cast<std::size_t>(input.gcount());
+    }
+    ownedText_.resize(length);
 }
 
 QzXmlReader::QzXmlReader(const QzCString& document, const QzXmlReaderOptions& options)
