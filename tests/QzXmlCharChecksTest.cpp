@@ -67,7 +67,8 @@ TEST(QzXmlCharChecks, TextScanAgreesWithACharacterWalk) {
     std::mt19937 random(7);
     for (int round = 0; round < 20000; ++round) {
         std::string text;
-        const int pieceCount = static_cast<int>(random() % 40);
+        // Short texts and long ones, with sequences across many sixteen-byte steps.
+        const int pieceCount = static_cast<int>(random() % (round % 2 ? 40 : 160));
         // Mostly text that scans to its end, with a rare odd piece.
         for (int i = 0; i < pieceCount; ++i) {
             const std::size_t pick = random() % 100;
@@ -79,6 +80,14 @@ TEST(QzXmlCharChecks, TextScanAgreesWithACharacterWalk) {
               "stop@37");
     EXPECT_EQ(scanBySteps(std::string(15, 'a') + "\xc3" + std::string(20, 'b')), "bad@15");
     EXPECT_EQ(scanBySteps(std::string(31, 'a') + "\xc3\xa9"), "end");
+    // A sequence across the steps, and a broken one, at each offset of a long text.
+    for (std::size_t at = 0; at < 100; ++at) {
+        std::string text(100, 'a');
+        text.replace(at, 1, "\xe2\x82\xac");
+        ASSERT_EQ(scanBySteps(text), "end") << at;
+        text.replace(at, 3, "\xe2\x82");
+        ASSERT_EQ(scanBySteps(text), "bad@" + std::to_string(at)) << at;
+    }
 }
 
 TEST(QzXmlCharChecks, NameCharactersOfTheFifthEdition) {
