@@ -147,6 +147,11 @@ TEST(QzXmlEntities, ExpansionWithinLimits) {
     QzXmlReaderOptions deeper = strict();
     deeper.maxEntityDepth = 60;
     EXPECT_EQ(read(chain, deeper), "<r 'end' / ");
+    // A text that begins in an entity and ends after it is placed where reading stands.
+    QzXmlReaderOptions shortTexts = strict();
+    shortTexts.maxTextLength = 4;
+    EXPECT_EQ(read("<!DOCTYPE r [<!ENTITY e '<b/>xyz'>]><r>&e;tail</r>", shortTexts),
+              "1:47 A text's length exceeds maxTextLength (4)");
     // Small expansions stay under the threshold whatever their ratio.
     EXPECT_EQ(read(laughs(3)).size(), std::string("<r '' / ").size() + 3000);
 }

@@ -1453,7 +1453,13 @@ QzCString QzXmlReader::readElement(const QzCString& name) {
 // Limits
 
 void QzXmlReader::errAt(const Byte* at, const QzCString& message) {
-    cursor_ = const_cast<Byte*>(at);
+    // A place in replacement text already left (a text that began in an entity) is reported
+    // where reading stands: line and column count the document's bytes only.
+    const auto place = reinterpret_cast<std::uintptr_t>(at);
+    if (place >= reinterpret_cast<std::uintptr_t>(documentBuffer_) &&
+        place <= reinterpret_cast<std::uintptr_t>(limit_)) {
+        cursor_ = const_cast<Byte*>(at);
+    }
     err(message);
 }
 
