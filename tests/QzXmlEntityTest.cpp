@@ -64,6 +64,10 @@ TEST(QzXmlEntities, ExpandedInContentAndValues) {
     // In a value, quotes from an entity are data and its whitespace becomes spaces, but a
     // character reference keeps what it names.
     EXPECT_EQ(read(subset + "<r a='&v;&#9;'/>"), "<r a=a\" b\t/ ");
+    // A whole element read from an entity's replacement text, as that text holds it.
+    QzXmlReader reader(QzCString(subset + "<r>&e;</r>"), strict());
+    reader.readElementStart("r");
+    EXPECT_EQ(reader.readElement().std(), "<b x=\"&lt;\">t&amp;&#60;</b>");
     // The first declaration binds.
     EXPECT_EQ(read("<!DOCTYPE r [<!ENTITY e '1'><!ENTITY e '2'>]><r>&e;</r>"), "<r '1' / ");
 }

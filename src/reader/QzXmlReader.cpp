@@ -1393,7 +1393,11 @@ QzCString QzXmlReader::rebuildStartTag() const {
 QzCString QzXmlReader::readElement(const QzXmlName& name) {
     RawCopy copy{cursor_, nullptr, QzCString(), QzCString()};
     const RawCopyScope scope(rawCopy_, copy);
+    const Byte* buffer = documentBuffer_;
     if (!nodePending_) readNodeAfterText();
+    // A start tag in an entity's replacement text is copied from there: an element ends in
+    // the text it starts in, but the text before it may lie elsewhere.
+    if (documentBuffer_ != buffer) copy.start = lastTagStart_;
     if (nodeType_ != StartTag && nodeType_ != EmptyElement) {
         nodePending_ = true;
         value_.resize(0);
