@@ -190,6 +190,24 @@ const char* chars(const Byte* p) {
     return reinterpret_cast<const char*>(p);
 }
 
+// Appends the character of one of the five predefined entities named by [name, name+length);
+// whether it was one.
+bool appendPredefined(QzCString& out, const Byte* name, std::size_t length) {
+    static const struct {
+        const char* name;
+        std::size_t length;
+        char text;
+    } predefined[] = {
+        {"lt", 2, '<'}, {"gt", 2, '>'}, {"amp", 3, '&'}, {"apos", 4, '\''}, {"quot", 4, '"'}};
+    for (const auto& entity : predefined) {
+        if (entity.length == length && std::memcmp(entity.name, name, length) == 0) {
+            out += entity.text;
+            return true;
+        }
+    }
+    return false;
+}
+
 // Byte-wise order with the shorter string first on a tie, as QzCString::compareTo.
 int compareBytes(const char* a, std::size_t aLength, const char* b, std::size_t bLength) {
     // Names mostly differ in their first byte.
@@ -1187,18 +1205,7 @@ void QzXmlReader::appendReference(QzCString& out) {
         appendUtf8(out, characterReference(name + 1, name + length));
         return;
     }
-    static const struct {
-        const char* name;
-        std::size_t length;
-        char text;
-    } predefined[] = {
-        {"lt", 2, '<'}, {"gt", 2, '>'}, {"amp", 3, '&'}, {"apos", 4, '\''}, {"quot", 4, '"'}};
-    for (const auto& entity : predefined) {
-        if (entity.length == length && std::memcmp(entity.name, name, length) == 0) {
-            out += entity.text;
-            return;
-        }
-    }
+    if (appendPredefined(out, name, length)) return;
     // A document's own entities are not known: the reference passes through unchanged.
     out += '&';
     out.append(chars(name), length);
@@ -2717,18 +2724,7 @@ void QzXmlReader::appendStrictReference(QzCString& out, bool inAttribute) {
     const std::size_t length = cursor_ - name;
     if (atEnd() || *cursor_ != ';') errExpected(cursor_, "';' to end the entity reference");
     ++cursor_;
-    static const struct {
-        const char* name;
-        std::size_t length;
-        char text;
-    } predefined[] = {
-        {"lt", 2, '<'}, {"gt", 2, '>'}, {"amp", 3, '&'}, {"apos", 4, '\''}, {"quot", 4, '"'}};
-    for (const auto& entity : predefined) {
-        if (entity.length == length && std::memcmp(entity.name, name, length) == 0) {
-            out += entity.text;
-            return;
-        }
-    }
+    if (appendPredefined(out, name, length)) return;
     const QzCString quotedName = "'" + QzCString(chars(name), length) + "'";
     const QzXmlDoctype::Entity* entity =
         doctype_ ? doctype_->find(std::string_view(chars(name), length), false) : nullptr;
