@@ -249,8 +249,8 @@ private:
     void normalizeLineEnds();
     const Byte* skipCharacter(const Byte* p);
     void checkCharacters(const Byte* first, const Byte* last);
-    Byte* scanStrictText(Byte* p);
-    Byte* scanStrictValue(Byte* p, Byte quote);
+    [[gnu::always_inline]] inline Byte* scanStrictText(Byte* p);
+    [[gnu::always_inline]] inline Byte* scanStrictValue(Byte* p, Byte quote);
     bool readStrictMisc();
     void readStrictDoctype(const Byte* open);
     void readStrictExternalId(bool publicOnlyAllowed = false);
@@ -282,7 +282,7 @@ private:
     [[noreturn]] void errRepeatedAttribute(const char* what);
     void checkStrictEndTag(const Byte* name, const Byte* nameEnd);
     bool strictEof();
-    void readStrictNextNode();
+    [[gnu::always_inline]] inline void readStrictNextNode();
     void readStrictContent();
     bool readStrictMarkupInContent();
     void readStrictComment(const Byte* open);
