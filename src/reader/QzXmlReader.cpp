@@ -2289,13 +2289,10 @@ void QzXmlReader::checkElementPrefix(const Byte* name, const Byte* nameEnd) {
         if (*name == ':') checkQName(name, nameEnd, "element");
         return;
     }
-    const QzCString& local = currentName_.getLocalName();
-    const Byte* localStart = reinterpret_cast<const Byte*>(local.data());
-    if (local.empty() || !QzXmlCharChecks::isNameStartChar(QzXmlCharChecks::decode(localStart)) ||
-        local.find(':', 0) != QzCString::npos) {
-        checkQName(name, nameEnd, "element");
+    checkQName(name, nameEnd, prefix.length() + 1, "element");
+    if (isXmlns(prefix.data(), prefix.length())) {
+        errAt(name, "The prefix 'xmlns' is reserved for namespace declarations");
     }
-    if (prefix == "xmlns") errAt(name, "The prefix 'xmlns' is reserved for namespace declarations");
     if (currentName_.getURI().empty()) {
         errAt(name, "The namespace prefix '" + prefix + "' of element '" +
                         currentName_.getQualifiedName() + "' is not declared");
@@ -2364,18 +2361,21 @@ void QzXmlReader::errRepeatedAttribute(const char* what) {
 // xmlns is never declared; xml only with its own namespace, which no other prefix takes;
 // the xmlns namespace is never bound; a prefix is never undeclared.
 void QzXmlReader::checkDeclaration(const StagedAttribute& a) {
-    const QzCString value(a.valueText, a.valueLength);
-    const QzCString prefix =
-        a.localStart != 0 ? QzCString(chars(a.name) + a.localStart, a.nameLength - a.localStart)
-                          : QzCString();
+    const std::string_view value(a.valueText, a.valueLength);
+    const std::string_view prefix =
+        a.localStart != 0
+            ? std::string_view(chars(a.name) + a.localStart, a.nameLength - a.localStart)
+            : std::string_view();
+    const std::string_view xmlNamespace(kXmlNamespace.data(), kXmlNamespace.length());
+    const std::string_view xmlnsNamespace(kXmlnsNamespace.data(), kXmlnsNamespace.length());
     const char* problem = nullptr;
     if (prefix == "xmlns") {
         problem = "The prefix 'xmlns' cannot be declared";
-    } else if (prefix == "xml" ? value != kXmlNamespace : value == kXmlNamespace) {
+    } else if (prefix == "xml" ? value != xmlNamespace : value == xmlNamespace) {
         problem =
             "The prefix 'xml' is bound to http://www.w3.org/XML/1998/namespace, and that "
             "namespace to no other prefix";
-    } else if (value == kXmlnsNamespace) {
+    } else if (value == xmlnsNamespace) {
         problem = "The namespace http://www.w3.org/2000/xmlns/ cannot be bound";
     } else if (!prefix.empty() && value.empty()) {
         problem = "A prefix cannot be undeclared: its namespace name must not be empty";
