@@ -39,7 +39,7 @@ void report(const char* what, const OracleReading& oracle, const Reading& strict
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string document(reinterpret_cast<const char*>(data), size);
     const QzXmlReaderOptions o = options();
-    const Reading strict = strict_oracle::readStrict(document, o);
+    Reading strict = strict_oracle::readStrict(document, o);
     std::vector<unsigned char> buffer(data, data + size);
     const Reading fromBuffer = strict_oracle::readStrictWith(
         [&] { return std::make_unique<QzXmlReader>(buffer.data(), buffer.size(), o); });
@@ -73,6 +73,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (oracle.accepted != strict.accepted) {
         report("verdicts differ", oracle, strict);
         fuzzCheck(false, "strict reader and libxml2 agree on well-formedness");
+    }
+    // libxml2 turns the carriage return that an entity's "&#13;" gives into a line feed; the
+    // suite's canonical output (xmltest/valid/sa/068.xml) keeps it, as the strict reader does.
+    if (oracle.declaredEntity) {
+        for (std::vector<std::string>* events : {&oracle.events, &strict.events}) {
+            for (std::string& event : *events) {
+                for (std::size_t at = 0; (at = event.find("\\x0d", at)) != std::string::npos;)
+                    event.replace(at, 4, "\\x0a");
+            }
+        }
     }
     if (oracle.accepted && oracle.events != strict.events) {
         std::fprintf(stderr, "%s\n",
