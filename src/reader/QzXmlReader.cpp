@@ -1741,8 +1741,8 @@ void QzXmlReader::agreeOnEncoding(const QzCString& detected, bool utf8Mark, cons
     if (upper == "US-ASCII" || upper == "ASCII") {
         for (const Byte* p = cursor_; p < limit_; ++p) {
             if (*p >= 0x80)
-                errAt(p,
-                      "The character " + QzXmlCharChecks::describe(p, limit_) + " is not US-ASCII");
+                errAt(p, "The encoding is US-ASCII, but the document holds " +
+                             QzXmlCharChecks::describe(p, limit_));
         }
     }
     encodingName_ = detected;
