@@ -205,6 +205,7 @@ private:
     template <bool Checked>
     void readAttributeAs();
     void readAttributeValue(Byte quote, StagedAttribute& attribute);
+    bool takeValueInPlace(Byte* stop, Byte quote, StagedAttribute& attribute);
     void commitAttributes();
     static bool declares(const StagedAttribute& a);
     void declareNamespaces(std::size_t count);

@@ -870,18 +870,22 @@ void QzXmlReader::readAttributeAs() {
     staged_.push_back(attribute);
 }
 
+// A value that runs straight to its quote stays where it lies, without a copy; whether it did.
+bool QzXmlReader::takeValueInPlace(Byte* stop, Byte quote, StagedAttribute& attribute) {
+    if (stop >= limit_ || *stop != quote) return false;
+    attribute.value = cursor_;
+    attribute.valueLength = stop - cursor_;
+    cursor_ = stop + 1;
+    return true;
+}
+
 // Values are not normalised: line breaks, tabs and carriage returns are kept as they are. A
 // value without references is left in the document; one with them is built in
 // expandedValues_.
 void QzXmlReader::readAttributeValue(Byte quote, StagedAttribute& attribute) {
     const StopBytes& stops = quote == '"' ? kDoubleQuotedStop : kSingleQuotedStop;
     Byte* stop = findStop(cursor_, limit_, stops);
-    if (stop < limit_ && *stop == quote) {
-        attribute.value = cursor_;
-        attribute.valueLength = stop - cursor_;
-        cursor_ = stop + 1;
-        return;
-    }
+    if (takeValueInPlace(stop, quote, attribute)) return;
     attribute.valueStart = expandedValues_.length();
     for (;;) {
         expandedValues_.append(chars(cursor_), stop - cursor_);
@@ -2660,12 +2664,7 @@ void QzXmlReader::readStrictCDATA() {
 // a space; references are expanded, a character reference to whitespace kept as it is.
 void QzXmlReader::readStrictAttributeValue(Byte quote, StagedAttribute& attribute) {
     Byte* stop = scanStrictValue(cursor_, quote);
-    if (stop < limit_ && *stop == quote) {
-        attribute.value = cursor_;
-        attribute.valueLength = stop - cursor_;
-        cursor_ = stop + 1;
-        return;
-    }
+    if (takeValueInPlace(stop, quote, attribute)) return;
     attribute.valueStart = expandedValues_.length();
     // An entity's replacement text is read in place: its quotes are data, not the end.
     const std::size_t frames = frames_.size();
