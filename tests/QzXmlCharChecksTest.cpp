@@ -89,14 +89,3 @@ TEST(QzXmlCharChecks, TextScanAgreesWithACharacterWalk) {
         ASSERT_EQ(scanBySteps(text), "bad@" + std::to_string(at)) << at;
     }
 }
-
-TEST(QzXmlCharChecks, NameCharactersOfTheFifthEdition) {
-    EXPECT_TRUE(QzXmlCharChecks::isNameStartChar(0x10000));
-    EXPECT_TRUE(QzXmlCharChecks::isNameStartChar(':'));
-    EXPECT_FALSE(QzXmlCharChecks::isNameStartChar(0xB7));
-    EXPECT_TRUE(QzXmlCharChecks::isNameChar(0xB7));
-    EXPECT_FALSE(QzXmlCharChecks::isNameStartChar(0x2070 - 1));
-    EXPECT_FALSE(QzXmlCharChecks::isNameChar(0xF0000));
-    EXPECT_FALSE(QzXmlCharChecks::isChar(0xFFFE));
-    EXPECT_TRUE(QzXmlCharChecks::isChar(0x10FFFF));
-}

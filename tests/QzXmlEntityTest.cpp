@@ -4,14 +4,9 @@
 
 #include "QzXmlParseError.h"
 #include "QzXmlReader.h"
+#include "StrictReading.h"
 
 namespace {
-
-QzXmlReaderOptions strict() {
-    QzXmlReaderOptions options;
-    options.strict = true;
-    return options;
-}
 
 // "line:column message" of the error that stops a strict walk, or the nodes read, one token
 // each: "<name a=v", "/", "'text'".
@@ -37,7 +32,7 @@ std::string read(const std::string& doc, const QzXmlReaderOptions& options = str
             }
         }
     } catch (const QzXmlParseError& e) {
-        return std::to_string(e.getLine()) + ":" + std::to_string(e.getColumn()) + " " + e.why();
+        return placed(e);
     }
     return out;
 }

@@ -6,14 +6,9 @@
 #include "QzXmlParseError.h"
 #include "QzXmlReader.h"
 #include "QzXmlSAXParser.h"
+#include "StrictReading.h"
 
 namespace {
-
-QzXmlReaderOptions strict() {
-    QzXmlReaderOptions options;
-    options.strict = true;
-    return options;
-}
 
 // "line:column message" of the error that stops a strict walk through doc, or "ok".
 std::string failAt(const std::string& doc, const QzXmlReaderOptions& options = strict()) {
@@ -22,7 +17,7 @@ std::string failAt(const std::string& doc, const QzXmlReaderOptions& options = s
         while (!reader.eof())
             reader.readNextNode();
     } catch (const QzXmlParseError& e) {
-        return std::to_string(e.getLine()) + ":" + std::to_string(e.getColumn()) + " " + e.why();
+        return placed(e);
     }
     return "ok";
 }
