@@ -1,7 +1,9 @@
 // Documents built to make entity expansion cost without end (billion laughs, quadratic
 // blow-up, chains deeper than the limit, entities that contain themselves), read by the
 // strict reader with its default limits: each must be rejected with its limit's message, and
-// the heap must never grow past the document's size plus entityAmplificationThreshold.
+// what expansion takes must stay below the document's size plus entityAmplificationThreshold:
+// the heap the reader holds once constructed (its copy of the document and the declarations
+// of the prolog) is the base the peak is measured from.
 // Prints a Markdown table; exits 1 when a document is accepted or the bound is broken.
 //
 //   qzxml_entity_attacks
@@ -28,11 +30,11 @@ std::string laughs(int levels, const std::string& use) {
     return doc + "]>\n" + use + "\n";
 }
 
-// One entity of size bytes, referenced times times.
-std::string quadratic(std::size_t size, int times) {
+// One entity of size bytes, referenced times times, each reference followed by between.
+std::string quadratic(std::size_t size, int times, const std::string& between = "") {
     std::string doc = "<!DOCTYPE r [<!ENTITY big \"" + std::string(size, 'x') + "\">]>\n<r>";
     for (int i = 0; i < times; ++i)
-        doc += "&big;";
+        doc += "&big;" + between;
     return doc + "</r>\n";
 }
 
@@ -57,6 +59,7 @@ int main() {
         {"billion laughs in text", laughs(9, "<r>&l9;</r>")},
         {"billion laughs in a value", laughs(9, "<r a=\"&l9;\"/>")},
         {"quadratic blow-up (30 kB x 5,000)", quadratic(30000, 5000)},
+        {"quadratic blow-up, text between", quadratic(20000, 3000, "<![CDATA[y]]>z")},
         {"chain 1,000 deep", chain(1000)},
         {"entity containing itself through another",
          "<!DOCTYPE r [<!ENTITY a \"x&b;\"><!ENTITY b \"y&a;\">]><r>&a;</r>"},
@@ -70,11 +73,13 @@ int main() {
         QzXmlReaderOptions options;
         options.strict = true;
         std::string message = "accepted";
-        const std::int64_t before = MallocCounter::live();
-        MallocCounter::resetPeak();
+        const QzCString document(attack.document);
+        std::int64_t before = MallocCounter::live();
         const auto start = std::chrono::steady_clock::now();
         try {
-            QzXmlReader reader(QzCString(attack.document), options);
+            QzXmlReader reader(document, options);
+            before = MallocCounter::live();
+            MallocCounter::resetPeak();
             while (!reader.eof())
                 reader.readNextNode();
             ok = false;
@@ -85,9 +90,8 @@ int main() {
             std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
                 .count();
         const std::int64_t peak = (MallocCounter::peak() - before + 1023) / 1024;
-        // The reader holds its own copy of the document besides the caller's.
         const std::int64_t bound =
-            static_cast<std::int64_t>(2 * attack.document.size() + threshold) / 1024;
+            static_cast<std::int64_t>(attack.document.size() + threshold) / 1024;
         ok = ok && peak <= bound;
         std::printf("| %s | %zu | %s | %.1f | %lld | %lld |\n", attack.name, attack.document.size(),
                     message.c_str(), ms, static_cast<long long>(peak),

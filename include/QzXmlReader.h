@@ -271,6 +271,7 @@ private:
     void normalizeTokens(StagedAttribute& attribute);
     const Byte* placeOf(const StagedAttribute& attribute) const;
     void enterEntity(const Byte* reference, const void* entity, const std::string& text);
+    void reserveForExpansion(QzCString& out) const;
     bool leaveEntity();
     const Byte* scanStrictName();
     void checkQName(const Byte* start, const Byte* end, const char* what);

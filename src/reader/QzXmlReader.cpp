@@ -2765,4 +2765,24 @@ void QzXmlReader::appendStrictReference(QzCString& out, bool inAttribute) {
         return;
     }
     enterEntity(amp, entity, entity->replacement);
+    reserveForExpansion(out);
+}
+
+// Text that expansion makes large takes at once all the room the expansion limit lets it
+// reach, rather than doubling, so that an attack never holds two large copies of it. Only
+// when the threshold, not the ratio, bounds the expansion: the room is then small and fixed.
+void QzXmlReader::reserveForExpansion(QzCString& out) const {
+    const std::size_t pending = static_cast<std::size_t>(limit_ - cursor_);
+    const std::size_t needed = out.length() + pending;
+    if (needed <= out.capacity() || needed < (16 << 10) ||
+        documentLength_ > entityAmplificationThreshold_ / maxEntityAmplification_) {
+        return;
+    }
+    std::size_t room = pending + entityAmplificationThreshold_ -
+                       std::min(expandedLength_, entityAmplificationThreshold_);
+    for (const InputFrame& frame : frames_)
+        room += static_cast<std::size_t>(frame.limit - frame.cursor);
+    QzCString grown(out.length() + room);
+    grown.append(out);
+    out = std::move(grown);
 }

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <tuple>
@@ -98,6 +99,7 @@ struct OracleReading : Reading {
     bool declaredEntity = false;      ///< the internal subset declares a general entity
     bool attributeDefault = false;    ///< ... an attribute default
     bool tokenizedAttribute = false;  ///< ... an attribute of a type other than CDATA
+    bool fourthEditionName = false;   ///< libxml2 refused a name only the fifth edition allows
 };
 
 namespace detail {
@@ -124,6 +126,13 @@ inline void onError(void*, xmlErrorPtr error) {
     // libxml2 also parses each namespace name as a URI; namespace well-formedness does not
     // ask for that, and strict mode does not check it.
     if (error->code == XML_WAR_NS_URI) return;
+    // An attribute-list declaration's QName whose local part starts with a character outside
+    // the fourth edition's letters (U+0370, U+FEFF, ...) stops libxml2, though the fifth
+    // edition's NameStartChar admits it and elements and tags take the same names.
+    if (error->code == XML_NS_ERR_QNAME && error->message &&
+        std::any_of(error->message, error->message + std::strlen(error->message),
+                    [](char ch) { return static_cast<unsigned char>(ch) >= 0x80; }))
+        c->reading->fourthEditionName = true;
     const bool rejects = error->level == XML_ERR_FATAL ||
                          (error->level == XML_ERR_ERROR && error->domain == XML_FROM_NAMESPACE);
     if (!rejects) return;
