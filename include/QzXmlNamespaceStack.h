@@ -55,6 +55,14 @@ private:
     /// Indexes the innermost scope's declarations from position first on; should that fail,
     /// they are taken out again.
     void indexFrom(std::size_t first);
+    /// The scopes as they stand, for a streaming reader that may have to read a tag again.
+    struct Mark {
+        std::size_t scopes = 0;
+        std::shared_ptr<Scope> innermost;
+    };
+    Mark mark() const;
+    /// Back to the scopes at mark: those opened since are closed, the one closed is reopened.
+    void rewind(const Mark& mark);
 
     void shareAll() const;
     std::shared_ptr<Scope> newScope();

@@ -4,8 +4,10 @@
 #include "QzXmlExport.h"
 
 #include <cstdint>
+#include <deque>
 #include <iosfwd>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -18,6 +20,7 @@
 #include "QzXmlReaderOptions.h"
 
 class QzXmlDoctype;
+class QzXmlInputWindow;
 class QzXmlMarkupLog;
 
 /// Pull parser over one document held in memory. The constructor takes the input, decodes it
@@ -49,7 +52,11 @@ public:
     /// Reads the caller's buffer in place, without a copy: it must outlive the reader, and
     /// UTF-16 input is byte-swapped where it lies. Throws QzXmlParseError.
     QzXmlReader(unsigned char* buffer, unsigned long length);
-    /// Reads the whole stream as options say (strict or lenient, with limits).
+    /// Reads the stream as options say, a chunk (options.chunkSize) at a time: memory is
+    /// bounded by the largest node, not the document. Nodes, values, messages, lines and
+    /// columns are those of the same document in memory, except that a byte the declared
+    /// charset cannot decode, or one outside a declared US-ASCII, is reported where it is
+    /// reached, and the entity amplification ratio is taken over the bytes read so far.
     QzXmlReader(std::istream& input, const QzXmlReaderOptions& options);
     /// Copies the document and reads it as options say.
     QzXmlReader(const QzCString& document, const QzXmlReaderOptions& options);
@@ -133,11 +140,33 @@ private:
     // Document comparison needs node positions and the comments and processing instructions
     // that reading skips.
     friend class QzXmlInfosetWalker;
+    // The fed reader is this reader over a window it fills.
+    friend class QzXmlFeedReader;
+
+    // What a read through a window throws when fed input runs out before the node is whole.
+    struct NeedInput {};
+    // A reader over window that reads the prolog only at startDocument().
+    QzXmlReader(std::unique_ptr<QzXmlInputWindow> window, const QzXmlReaderOptions& options);
+    void startDocument();
+    template <class Read>
+    bool throughWindow(Read read);
+    void takeInitialInput();
+    void topUp();
+    void pullMore();
+    bool pullOnce();
+    void moveWindowPointers(const Byte* oldBegin, const Byte* oldEnd, const Byte* newBegin);
+    void detachOpenNames();
+    void releaseConsumed();
+    [[noreturn]] void failOnWindowError();
+    void markState();
+    void restoreState();
+    bool readWellInside() const;
+    bool eofNow();
+    void transcodeWindow(const QzCString& encoding);
 
     /// Copies the document and reads its prolog, recording skipped markup in log when given.
     QzXmlReader(const QzCString& document, const QzXmlReaderOptions& options, QzXmlMarkupLog* log);
     void applyOptions(const QzXmlReaderOptions& options);
-    void readAtMost(std::istream& input, std::size_t limit);
     void logMarkup(const Byte* open, bool inText);
 
     void adoptOwnedText();
@@ -303,8 +332,9 @@ private:
     // What readElement copies out of the document: positions in the current buffer, and the
     // text that lay in buffers replaced by a declaration met on the way.
     struct RawCopy {
-        const Byte* start;  ///< copy start
-        const Byte* inner;  ///< just after the start tag; null until it is read
+        const Byte* start;   ///< copy start
+        const Byte* inner;   ///< just after the start tag; null until it is read
+        const Byte* buffer;  ///< the buffer the copy started in
         QzCString saved;
         QzCString innerSaved;
     };
@@ -322,6 +352,7 @@ private:
     Byte* limit_ = nullptr;           ///< one past the document's last byte
     bool ownsBuffer_ = false;         ///< documentBuffer_ is ownedText_'s storage
     QzCString ownedText_;             ///< the document, when the reader holds its own copy
+    std::unique_ptr<QzXmlInputWindow> window_;  ///< the input, when it streams or is fed
     std::int32_t depth_ = 0;
     QzXmlNamespaceStack namespaceStack_;
     QzCString encodingName_;
@@ -397,6 +428,38 @@ private:
     std::vector<SortKey> order_;                 ///< sort permutation of staged_
     std::vector<SortKey> sortScratch_;           ///< the radix sort's second buffer
     std::vector<Run> runs_;                      ///< runs still to sort
+
+    // A read through a window that runs out of input is undone and made again with more:
+    // what it may change is kept here first.
+    struct StreamMark {
+        const Byte* begin = nullptr;  ///< the window as it was
+        const Byte* end = nullptr;
+        Byte* cursor = nullptr;
+        Byte* limit = nullptr;
+        Byte* buffer = nullptr;
+        const Byte* lastTagStart = nullptr;
+        std::vector<InputFrame> frames;
+        std::int32_t depth = 0;
+        std::int32_t nodeType = NoNode;
+        bool nodePending = false;
+        bool rootSeen = false;
+        bool hasDoctype = false;
+        bool hadDeclarations = false;
+        bool entitiesRelaxed = false;
+        bool skippingDeclarations = false;
+        bool encodingDeclared = false;
+        bool standaloneDeclared = false;
+        bool declarationDecoded = false;
+        std::size_t openNames = 0;
+        std::string_view innermostName;
+        QzXmlNamespaceStack::Mark namespaces;
+        std::size_t expandedLength = 0;
+        QzCString encodingName;
+        QzCString declaredVersion;
+        QzCString declaredStandalone;
+    };
+    StreamMark mark_;
+    std::deque<std::string> detachedNames_;  ///< open names whose tags left the window
 };
 
 #endif

@@ -74,6 +74,20 @@ QzXmlNamespaceStack::Scope& QzXmlNamespaceStack::innermostWithRoom(std::size_t m
     return *innermost;
 }
 
+QzXmlNamespaceStack::Mark QzXmlNamespaceStack::mark() const {
+    return {scopes_.size(), scopes_.empty() ? nullptr : scopes_.back()};
+}
+
+void QzXmlNamespaceStack::rewind(const Mark& mark) {
+    while (scopes_.size() > mark.scopes)
+        popScope();
+    if (scopes_.size() < mark.scopes) {
+        scopes_.push_back(mark.innermost);
+        lastPrefixValid_ = false;
+        if (mark.innermost && !mark.innermost->empty()) indexFrom(0);
+    }
+}
+
 void QzXmlNamespaceStack::indexFrom(std::size_t first) {
     if (shared_) return;
     Scope& innermost = *scopes_.back();

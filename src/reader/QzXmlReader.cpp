@@ -17,6 +17,7 @@
 #include "QzXmlCharChecks.h"
 #include "QzXmlCharInfo.h"
 #include "QzXmlDoctype.h"
+#include "QzXmlInputWindow.h"
 #include "QzXmlMarkupLog.h"
 #include "QzXmlParseError.h"
 #include "QzXmlUtils.h"
@@ -266,29 +267,30 @@ QzXmlReader::QzXmlReader(const QzCString& document)
 QzXmlReader::QzXmlReader(unsigned char* buffer, unsigned long length)
     : QzXmlReader(buffer, length, QzXmlReaderOptions()) {}
 
-QzXmlReader::QzXmlReader(std::istream& input, const QzXmlReaderOptions& options) {
+QzXmlReader::QzXmlReader(std::istream& input, const QzXmlReaderOptions& options)
+    : window_(std::make_unique<QzXmlInputWindow>(input, options.chunkSize)) {
     applyOptions(options);
-    if (maxDocumentLength_ == SIZE_MAX) {
-        ownedText_.readFile(input);
-    } else {
-        readAtMost(input, maxDocumentLength_ + 1);
-    }
-    adoptOwnedText();
-    readDocument();
+    // A document past the length limit is read no further than the byte that breaks it.
+    if (maxDocumentLength_ != SIZE_MAX) window_->limitInput(maxDocumentLength_ + 1);
+    startDocument();
 }
 
-// Reads up to limit bytes of the stream, a chunk at a time: a document past the length limit
-// is read no further than the byte that breaks it.
-void QzXmlReader::readAtMost(std::istream& input, std::size_t limit) {
-    constexpr std::size_t chunk = 1 << 16;
-    std::size_t length = 0;
-    while (length < limit && input) {
-        const std::size_t want = std::min(chunk, limit - length);
-        ownedText_.resize(length + want);
-        input.read(ownedText_.data() + length, static_cast<std::streamsize>(want));
-        length += static_cast<std::size_t>(input.gcount());
+QzXmlReader::QzXmlReader(std::unique_ptr<QzXmlInputWindow> window,
+                         const QzXmlReaderOptions& options)
+    : window_(std::move(window)) {
+    applyOptions(options);
+}
+
+void QzXmlReader::startDocument() {
+    if (cursor_ == nullptr) {
+        documentBuffer_ = cursor_ = window_->begin();
+        limit_ = window_->end();
     }
-    ownedText_.resize(length);
+    takeInitialInput();
+    throughWindow([this] {
+        readDocument();
+        return true;
+    });
 }
 
 QzXmlReader::QzXmlReader(const QzCString& document, const QzXmlReaderOptions& options)
@@ -341,8 +343,8 @@ void QzXmlReader::applyOptions(const QzXmlReaderOptions& options) {
 
 void QzXmlReader::readDocument() {
     namespaceStack_.pushScope();
-    documentLength_ = limit_ - cursor_;
-    if (documentLength_ > maxDocumentLength_) {
+    documentLength_ = window_ ? window_->bytesIn() : limit_ - cursor_;
+    if (!window_ && documentLength_ > maxDocumentLength_) {
         errLimit(cursor_ + maxDocumentLength_, "The document", "maxDocumentLength",
                  maxDocumentLength_);
     }
@@ -353,6 +355,243 @@ void QzXmlReader::readDocument() {
     // The xml prefix is bound without a declaration.
     namespaceStack_.addNamespace(QzXmlNamespace("xml", kXmlNamespace));
     readStrictProlog();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Reading through a window
+//
+// A streaming or fed reader reads each node as the in-memory reader does, over the window's
+// bytes. A node the window does not hold whole ends in an error or near the window's end:
+// then everything the read changed is put back, more input is taken in, and the node is
+// read again. Once the input has all come, reading is exactly the in-memory reading.
+
+namespace {
+
+// Bytes a read must leave after it in the window to count as done: more than any look-ahead
+// of the scanners past the node they read.
+constexpr std::ptrdiff_t kLookAhead = 64;
+
+}  // namespace
+
+// The first bytes: enough to see a byte-order mark and the declaration's start.
+void QzXmlReader::takeInitialInput() {
+    while (window_->end() - window_->begin() < kLookAhead && pullOnce()) {
+    }
+    if (!window_->error().empty()) failOnWindowError();
+    if (!window_->exhausted() && limit_ - cursor_ < kLookAhead) throw NeedInput();
+}
+
+template <class Read>
+bool QzXmlReader::throughWindow(Read read) {
+    topUp();
+    for (;;) {
+        if (window_->exhausted()) return read();
+        markState();
+        try {
+            const bool answer = read();
+            if (readWellInside()) {
+                mark_.namespaces.innermost.reset();
+                return answer;
+            }
+        } catch (const QzXmlParseError&) {
+        }
+        restoreState();
+        pullMore();
+    }
+}
+
+bool QzXmlReader::readWellInside() const {
+    const Byte* cursor = frames_.empty() ? cursor_ : frames_.front().cursor;
+    const Byte* limit = frames_.empty() ? limit_ : frames_.front().limit;
+    return limit - cursor >= kLookAhead;
+}
+
+// Before a read: the bytes read are let go, and a chunk's worth is held ahead where the input
+// has it.
+void QzXmlReader::topUp() {
+    releaseConsumed();
+    const Byte* const& cursor = frames_.empty() ? cursor_ : frames_.front().cursor;
+    const Byte* const& limit = frames_.empty() ? limit_ : frames_.front().limit;
+    while (!window_->exhausted() && limit - cursor < kLookAhead) {
+        if (!pullOnce()) break;
+    }
+    if (!window_->error().empty()) failOnWindowError();
+}
+
+// For a read that ran out: as much again as the window holds past the cursor, at least; a
+// fed reader whose input has run out for now throws NeedInput.
+void QzXmlReader::pullMore() {
+    const Byte* const& cursor = frames_.empty() ? cursor_ : frames_.front().cursor;
+    const Byte* const& limit = frames_.empty() ? limit_ : frames_.front().limit;
+    const std::ptrdiff_t wanted = 2 * (limit - cursor) + kLookAhead;
+    bool pulled = false;
+    while (!window_->exhausted() && limit - cursor < wanted && pullOnce()) {
+        pulled = true;
+    }
+    if (!window_->error().empty()) failOnWindowError();
+    if (!pulled && !window_->exhausted()) throw NeedInput();
+}
+
+// One pull, the pointers into the window moved along; the document length limit is checked
+// as the input comes.
+bool QzXmlReader::pullOnce() {
+    const Byte* oldBegin = window_->begin();
+    const Byte* oldEnd = window_->end();
+    const bool pulled = window_->pull();
+    moveWindowPointers(oldBegin, oldEnd, window_->begin());
+    documentLength_ = window_->bytesIn();
+    if (documentLength_ > maxDocumentLength_) {
+        const std::uint64_t before = documentLength_ - (window_->end() - window_->begin());
+        errLimit(window_->begin() +
+                     (maxDocumentLength_ - std::min<std::uint64_t>(before, maxDocumentLength_)),
+                 "The document", "maxDocumentLength", maxDocumentLength_);
+    }
+    return pulled;
+}
+
+// Every pointer into the window's old span [oldBegin, oldEnd] follows its byte to newBegin;
+// the document's end becomes the window's end.
+void QzXmlReader::moveWindowPointers(const Byte* oldBegin, const Byte* oldEnd,
+                                     const Byte* newBegin) {
+    const auto first = reinterpret_cast<std::uintptr_t>(oldBegin);
+    const auto last = reinterpret_cast<std::uintptr_t>(oldEnd);
+    const auto move = [&](auto*& p) {
+        const auto at = reinterpret_cast<std::uintptr_t>(p);
+        if (p != nullptr && at >= first && at <= last) {
+            using Pointer = std::remove_reference_t<decltype(p)>;
+            p = reinterpret_cast<Pointer>(const_cast<Byte*>(newBegin) + (at - first));
+        }
+    };
+    Byte*& limit = frames_.empty() ? limit_ : frames_.front().limit;
+    move(cursor_);
+    move(documentBuffer_);
+    for (InputFrame& frame : frames_) {
+        move(frame.cursor);
+        move(frame.buffer);
+        move(frame.reference);
+    }
+    move(lastTagStart_);
+    if (rawCopy_) {
+        move(rawCopy_->start);
+        move(rawCopy_->inner);
+        move(rawCopy_->buffer);
+    }
+    for (std::string_view& name : openNames_) {
+        const char* data = name.data();
+        move(data);
+        name = std::string_view(data, name.size());
+    }
+    if (!frames_.empty()) move(limit_);
+    limit = window_->end();
+}
+
+// Lets go of what is read, keeping the tag read last and an element readElement is copying.
+void QzXmlReader::releaseConsumed() {
+    const Byte* keep = frames_.empty() ? cursor_ : frames_.front().cursor;
+    const auto inWindow = [this](const Byte* p) {
+        return p != nullptr && p >= window_->begin() && p <= window_->end();
+    };
+    if (inWindow(lastTagStart_)) keep = std::min(keep, lastTagStart_);
+    if (rawCopy_) {
+        for (const Byte* p : {rawCopy_->start, rawCopy_->inner})
+            if (inWindow(p)) keep = std::min(keep, p);
+    }
+    // Not worth moving the bytes for less than half of what is held.
+    if (keep - window_->begin() < (window_->end() - window_->begin()) / 2) return;
+    detachOpenNames();
+    const Byte* oldBegin = window_->begin();
+    const Byte* oldEnd = window_->end();
+    window_->release(keep);
+    // The kept bytes now start the window: everything from keep on moves down by dropped.
+    moveWindowPointers(keep, oldEnd, window_->begin());
+    if (documentBuffer_ == oldBegin || documentBuffer_ < keep) documentBuffer_ = window_->begin();
+    if (!frames_.empty()) frames_.front().buffer = window_->begin();
+    if (lastTagStart_ != nullptr && lastTagStart_ >= oldBegin && lastTagStart_ < keep)
+        lastTagStart_ = nullptr;
+}
+
+// The names of open elements whose tags are about to leave the window are copied out.
+void QzXmlReader::detachOpenNames() {
+    if (detachedNames_.size() < openNames_.size()) detachedNames_.resize(openNames_.size());
+    for (std::size_t i = 0; i < openNames_.size(); ++i) {
+        const auto* data = reinterpret_cast<const Byte*>(openNames_[i].data());
+        if (data < window_->begin() || data > window_->end()) continue;
+        detachedNames_[i].assign(openNames_[i]);
+        openNames_[i] = detachedNames_[i];
+    }
+}
+
+[[noreturn]] void QzXmlReader::failOnWindowError() {
+    const Byte* at = window_->begin() + std::min<std::size_t>(window_->errorOffset(),
+                                                              window_->end() - window_->begin());
+    errAt(at, window_->error());
+}
+
+void QzXmlReader::markState() {
+    window_->mark();
+    StreamMark& m = mark_;
+    m.begin = window_->begin();
+    m.end = window_->end();
+    m.cursor = cursor_;
+    m.limit = limit_;
+    m.buffer = documentBuffer_;
+    m.lastTagStart = lastTagStart_;
+    m.frames = frames_;
+    m.depth = depth_;
+    m.nodeType = nodeType_;
+    m.nodePending = nodePending_;
+    m.rootSeen = rootSeen_;
+    m.hasDoctype = hasDoctype_;
+    m.hadDeclarations = doctype_ != nullptr;
+    m.entitiesRelaxed = entitiesRelaxed_;
+    m.skippingDeclarations = skippingDeclarations_;
+    m.encodingDeclared = encodingDeclared_;
+    m.standaloneDeclared = standaloneDeclared_;
+    m.declarationDecoded = declarationDecoded_;
+    m.openNames = openNames_.size();
+    m.innermostName = openNames_.empty() ? std::string_view() : openNames_.back();
+    m.namespaces = namespaceStack_.mark();
+    m.expandedLength = expandedLength_;
+    m.encodingName = encodingName_;
+    m.declaredVersion = declaredVersion_;
+    m.declaredStandalone = declaredStandalone_;
+}
+
+void QzXmlReader::restoreState() {
+    window_->rewind();
+    StreamMark& m = mark_;
+    cursor_ = m.cursor;
+    limit_ = m.limit;
+    documentBuffer_ = m.buffer;
+    lastTagStart_ = m.lastTagStart;
+    frames_ = m.frames;
+    depth_ = m.depth;
+    nodeType_ = m.nodeType;
+    nodePending_ = m.nodePending;
+    rootSeen_ = m.rootSeen;
+    hasDoctype_ = m.hasDoctype;
+    if (!m.hadDeclarations) doctype_.reset();
+    entitiesRelaxed_ = m.entitiesRelaxed;
+    skippingDeclarations_ = m.skippingDeclarations;
+    encodingDeclared_ = m.encodingDeclared;
+    standaloneDeclared_ = m.standaloneDeclared;
+    declarationDecoded_ = m.declarationDecoded;
+    if (openNames_.size() > m.openNames) openNames_.resize(m.openNames);
+    if (openNames_.size() < m.openNames) openNames_.push_back(m.innermostName);
+    namespaceStack_.rewind(m.namespaces);
+    m.namespaces.innermost.reset();
+    expandedLength_ = m.expandedLength;
+    encodingName_ = m.encodingName;
+    declaredVersion_ = m.declaredVersion;
+    declaredStandalone_ = m.declaredStandalone;
+    // A declaration may have decoded the window anew, which rewinding put back elsewhere.
+    moveWindowPointers(m.begin, m.end, window_->begin());
+}
+
+void QzXmlReader::transcodeWindow(const QzCString& encoding) {
+    if (!window_->decodeFrom(cursor_, encoding)) failOnWindowError();
+    documentBuffer_ = cursor_ = window_->begin();
+    limit_ = window_->end();
 }
 
 // Records the comment or processing instruction that starts at open and was just read;
@@ -370,17 +609,20 @@ void QzXmlReader::err(const QzCString& message) const {
     // Inside an entity's replacement text, the place is that of the reference in the document.
     const Byte* base = frames_.empty() ? documentBuffer_ : frames_.front().buffer;
     const Byte* at = frames_.empty() ? cursor_ : frames_.front().reference;
-    std::uint64_t line = 1;
+    // A window has let go of the bytes before it, but counted them.
+    std::uint64_t line = 1 + (window_ ? window_->linesDropped() : 0);
+    std::uint64_t column = window_ ? window_->columnCarry() : 0;
     const Byte* lineStart = base;
     for (const Byte* p = base; p < at; ++p) {
         if (*p == '\n') {
             ++line;
             lineStart = p + 1;
+            column = 0;
         }
     }
     throw QzXmlParseError(
         frames_.empty() ? message : message + " (in the replacement text of an entity)",
-        QzCString(), line, static_cast<std::uint64_t>(at - lineStart) + 1);
+        QzCString(), line, column + static_cast<std::uint64_t>(at - lineStart) + 1);
 }
 
 // For a scan that ran off the end: the error is reported where the scan stopped.
@@ -406,6 +648,11 @@ void QzXmlReader::skipBytes(std::ptrdiff_t count) {
 }
 
 bool QzXmlReader::eof() {
+    if (window_) return throughWindow([this] { return eofNow(); });
+    return eofNow();
+}
+
+bool QzXmlReader::eofNow() {
     // Inside the root element with more to read, no mode has anything to check.
     if (depth_ != 0 && limit_ - cursor_ > 1) return false;
     if (strict_) return strictEof();
@@ -544,6 +791,11 @@ bool QzXmlReader::transcodeDocument(const QzCString& encoding) {
     }
     if (upper == "UTF-8" || upper == "US-ASCII") return false;
     saveRawCopy();
+    if (window_) {
+        transcodeWindow(encoding);
+        rebaseRawCopy();
+        return true;
+    }
     if (upper == "ISO-8859-1") {
         ownedText_ = transcode8859_1();
     } else if (upper == "UTF-16" || upper == "UTF-16BE") {
@@ -1118,6 +1370,13 @@ void QzXmlReader::addNamespace(const QzXmlNamespace& ns) {
 
 void QzXmlReader::readContent() {
     if (takePendingNode()) return;
+    if (window_) {
+        throughWindow([this] {
+            checked_ ? readContentAs<true>() : readContentAs<false>();
+            return true;
+        });
+        return;
+    }
     checked_ ? readContentAs<true>() : readContentAs<false>();
 }
 
@@ -1260,6 +1519,13 @@ void QzXmlReader::readCDATA() {
 
 void QzXmlReader::readNextNode() {
     if (takePendingNode()) return;
+    if (window_) {
+        throughWindow([this] {
+            checked_ ? readNextNodeAs<true>() : readNextNodeAs<false>();
+            return true;
+        });
+        return;
+    }
     checked_ ? readNextNodeAs<true>() : readNextNodeAs<false>();
 }
 
@@ -1402,13 +1668,12 @@ QzCString QzXmlReader::rebuildStartTag() const {
 }
 
 QzCString QzXmlReader::readElement(const QzXmlName& name) {
-    RawCopy copy{cursor_, nullptr, QzCString(), QzCString()};
+    RawCopy copy{cursor_, nullptr, documentBuffer_, QzCString(), QzCString()};
     const RawCopyScope scope(rawCopy_, copy);
-    const Byte* buffer = documentBuffer_;
     if (!nodePending_) readNodeAfterText();
     // A start tag in an entity's replacement text is copied from there: an element ends in
     // the text it starts in, but the text before it may lie elsewhere.
-    if (documentBuffer_ != buffer) copy.start = lastTagStart_;
+    if (documentBuffer_ != copy.buffer) copy.start = lastTagStart_;
     if (nodeType_ != StartTag && nodeType_ != EmptyElement) {
         nodePending_ = true;
         value_.resize(0);
@@ -1742,7 +2007,14 @@ void QzXmlReader::agreeOnEncoding(const QzCString& detected, bool utf8Mark, cons
     if (utf8Mark && upper != "UTF-8") {
         errAt(at, message + "contradicts the document's UTF-8 byte-order mark");
     }
-    if (upper == "US-ASCII" || upper == "ASCII") {
+    if ((upper == "US-ASCII" || upper == "ASCII") && window_) {
+        const std::ptrdiff_t at = cursor_ - documentBuffer_;
+        const bool ascii = window_->requireAsciiFrom(cursor_);
+        documentBuffer_ = window_->begin();
+        cursor_ = documentBuffer_ + at;
+        limit_ = window_->end();
+        if (!ascii) failOnWindowError();
+    } else if (upper == "US-ASCII" || upper == "ASCII") {
         for (const Byte* p = cursor_; p < limit_; ++p) {
             if (*p >= 0x80)
                 errAt(p, "The encoding is US-ASCII, but the document holds " +
@@ -1755,6 +2027,14 @@ void QzXmlReader::agreeOnEncoding(const QzCString& detected, bool utf8Mark, cons
 
 // Every character is one XML allows, in well-formed UTF-8; line ends become line feeds.
 void QzXmlReader::normalizeLineEnds() {
+    if (window_) {
+        const std::ptrdiff_t at = cursor_ - documentBuffer_;
+        window_->normalizeLineEndsFrom(cursor_);
+        documentBuffer_ = window_->begin();
+        cursor_ = documentBuffer_ + at;
+        limit_ = window_->end();
+        return;
+    }
     if (std::memchr(cursor_, '\r', limit_ - cursor_) == nullptr) return;
     if (!ownsBuffer_) {
         // The caller's bytes are not rewritten: the reader works on its own copy.

@@ -1,0 +1,314 @@
+#include "QzXmlInputWindow.h"
+
+#include <unicode/ucnv.h>
+#include <unicode/ustring.h>
+
+#include <algorithm>
+#include <cstring>
+#include <istream>
+
+#include "QzMessage.h"
+#include "QzUInit.h"
+#include "QzUToUnicodeConverter.h"
+#include "QzXmlCharChecks.h"
+#include "Qzxmsg.h"
+#include "qzfoundationmsg.h"
+
+// One decoding of the chain from the input's bytes to UTF-8; a second one applies when a
+// declaration names a charset for text already decoded. An ICU decoder stays open from piece
+// to piece, so that a character split between two pieces is decoded whole.
+struct QzXmlInputWindow::Stage {
+    enum Kind { Latin1, Utf16BE, Utf16LE, Charset, LineEnds, Ascii };
+    Kind kind = Latin1;
+    QzCString encoding;
+    std::string carry;  ///< bytes that do not yet make a whole character
+    std::unique_ptr<QzUInit> init;
+    std::unique_ptr<QzUToUnicodeConverter> converter;
+    std::u16string units;
+};
+
+QzXmlInputWindow::QzXmlInputWindow(std::istream& stream, std::size_t chunk)
+    : stream_(&stream), chunk_(std::max<std::size_t>(chunk, 1)) {}
+
+QzXmlInputWindow::QzXmlInputWindow(std::size_t chunk)
+    : stream_(nullptr), chunk_(std::max<std::size_t>(chunk, 1)) {}
+
+QzXmlInputWindow::~QzXmlInputWindow() = default;
+
+void QzXmlInputWindow::feed(const char* data, std::size_t length) {
+    if (!ended_) raw_.append(data, length);
+}
+
+void QzXmlInputWindow::finish() {
+    ended_ = true;
+}
+
+bool QzXmlInputWindow::pull() {
+    if (flushed_ || !error_.empty()) return false;
+    std::string bytes;
+    if (stream_ != nullptr) {
+        const std::size_t want =
+            static_cast<std::size_t>(std::min<std::uint64_t>(chunk_, inputLimit_ - bytesIn_));
+        bytes.resize(want);
+        stream_->read(&bytes[0], static_cast<std::streamsize>(want));
+        bytes.resize(static_cast<std::size_t>(stream_->gcount()));
+        if (stream_->bad()) {
+            error_ = "The input stream failed";
+            errorOffset_ = held_.size();
+            return false;
+        }
+        if (!*stream_ || bytesIn_ + bytes.size() == inputLimit_) ended_ = true;
+    } else {
+        if (raw_.empty() && !ended_) return false;
+        bytes.swap(raw_);
+    }
+    bytesIn_ += bytes.size();
+    if (!decode(bytes, ended_)) return false;
+    flushed_ = ended_;
+    return true;
+}
+
+void QzXmlInputWindow::release(const Byte* keep) {
+    const std::size_t dropped = static_cast<std::size_t>(keep - begin());
+    if (dropped == 0) return;
+    const char* first = held_.data();
+    const char* lastFeed = nullptr;
+    for (const char* p = first;
+         (p = static_cast<const char*>(std::memchr(p, '\n', first + dropped - p))) != nullptr;
+         ++p) {
+        ++linesDropped_;
+        lastFeed = p;
+    }
+    columnCarry_ = lastFeed != nullptr ? static_cast<std::uint64_t>(first + dropped - lastFeed - 1)
+                                       : columnCarry_ + dropped;
+    held_.erase(0, dropped);
+}
+
+void QzXmlInputWindow::mark() {
+    marked_ = true;
+    saved_ = false;
+}
+
+void QzXmlInputWindow::rewind() {
+    marked_ = false;
+    if (!saved_) return;
+    held_.swap(savedHeld_);
+    stages_.resize(savedStages_);
+    linesDropped_ = savedLines_;
+    columnCarry_ = savedCarry_;
+    error_ = QzCString();
+    saved_ = false;
+}
+
+// A stage that applies from `from` on; the bytes before it are kept or dropped.
+QzXmlInputWindow::Stage& QzXmlInputWindow::addStage(const Byte* from, bool keepBefore) {
+    if (marked_ && !saved_) {
+        savedHeld_ = held_;
+        savedStages_ = stages_.size();
+        savedLines_ = linesDropped_;
+        savedCarry_ = columnCarry_;
+        saved_ = true;
+    }
+    pendingFrom_ = static_cast<std::size_t>(from - begin());
+    pendingKeep_ = keepBefore;
+    stages_.push_back(std::make_unique<Stage>());
+    return *stages_.back();
+}
+
+// Runs the newest stage over the held bytes from where addStage said.
+bool QzXmlInputWindow::transformHeld() {
+    std::string rest = held_.substr(pendingFrom_);
+    held_.resize(pendingKeep_ ? pendingFrom_ : 0);
+    if (!pendingKeep_) {
+        linesDropped_ = 0;
+        columnCarry_ = 0;
+    }
+    std::string out;
+    const bool ok = decodeBy(*stages_.back(), rest, out, flushed_);
+    held_ += out;
+    return ok;
+}
+
+bool QzXmlInputWindow::decodeFrom(const Byte* from, const QzCString& encoding) {
+    Stage& stage = addStage(from, false);
+    stage.encoding = encoding;
+    std::string upper = encoding.std();
+    for (char& c : upper) {
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    }
+    if (upper == "ISO-8859-1") {
+        stage.kind = Stage::Latin1;
+    } else if (upper == "UTF-16" || upper == "UTF-16BE") {
+        stage.kind = Stage::Utf16BE;
+    } else if (upper == "UTF-16LE") {
+        stage.kind = Stage::Utf16LE;
+    } else {
+        stage.kind = Stage::Charset;
+        try {
+            stage.init = std::make_unique<QzUInit>();
+            stage.converter = std::make_unique<QzUToUnicodeConverter>(encoding.c_str());
+        } catch (const Qzxmsg& e) {
+            error_ = QzCString("Couldn't transcode from input encoding '") + encoding +
+                     QzCString("': Character set conversion failed: ") + QzCString(e.why());
+            errorOffset_ = 0;
+            stages_.pop_back();
+            return false;
+        }
+    }
+    return transformHeld();
+}
+
+void QzXmlInputWindow::normalizeLineEndsFrom(const Byte* from) {
+    addStage(from, true).kind = Stage::LineEnds;
+    transformHeld();
+}
+
+bool QzXmlInputWindow::requireAsciiFrom(const Byte* from) {
+    addStage(from, true).kind = Stage::Ascii;
+    return transformHeld();
+}
+
+// Appends bytes to the window as the chain of decodings makes them; what ends inside a
+// character waits for the next piece unless last.
+bool QzXmlInputWindow::decode(std::string& bytes, bool last) {
+    for (const std::unique_ptr<Stage>& stage : stages_) {
+        std::string out;
+        if (!decodeBy(*stage, bytes, out, last)) return false;
+        bytes.swap(out);
+    }
+    held_ += bytes;
+    return true;
+}
+
+bool QzXmlInputWindow::decodeBy(Stage& stage, std::string& bytes, std::string& out, bool last) {
+    switch (stage.kind) {
+        case Stage::LineEnds:
+            normalize(stage, bytes, out, last);
+            return true;
+        case Stage::Ascii:
+            // Checked where the bytes will lie: after what the window holds.
+            out.swap(bytes);
+            return checkAscii(out, held_.size());
+        case Stage::Latin1:
+            for (const char ch : bytes) {
+                const auto b = static_cast<unsigned char>(ch);
+                if (b < 0x80) {
+                    out += ch;
+                } else {
+                    out += static_cast<char>(0xC0 | (b >> 6));
+                    out += static_cast<char>(0x80 | (b & 0x3F));
+                }
+            }
+            return true;
+        case Stage::Utf16BE:
+        case Stage::Utf16LE:
+            decodeUtf16(stage, bytes, out, last);
+            return true;
+        case Stage::Charset:
+            return decodeCharset(stage, bytes, out, last);
+    }
+    return true;
+}
+
+// As the in-memory reader decodes: a lone surrogate becomes three bytes, an odd last byte is
+// dropped. A high surrogate at the end of a piece waits for the unit after it.
+void QzXmlInputWindow::decodeUtf16(Stage& stage, const std::string& bytes, std::string& out,
+                                   bool last) {
+    std::string& in = stage.carry;
+    in += bytes;
+    const auto* p = reinterpret_cast<const unsigned char*>(in.data());
+    const std::size_t units = in.size() / 2;
+    const bool big = stage.kind == Stage::Utf16BE;
+    const auto unitAt = [p, big](std::size_t i) {
+        return big ? static_cast<std::uint32_t>(p[2 * i] << 8 | p[2 * i + 1])
+                   : static_cast<std::uint32_t>(p[2 * i + 1] << 8 | p[2 * i]);
+    };
+    out.reserve(out.size() + in.size());
+    std::size_t i = 0;
+    for (; i < units; ++i) {
+        const std::uint32_t u = unitAt(i);
+        if (u < 0x80) {
+            out += static_cast<char>(u);
+        } else if (u < 0x800) {
+            out += static_cast<char>(0xC0 | (u >> 6));
+            out += static_cast<char>(0x80 | (u & 0x3F));
+        } else if (u >= 0xD800 && u <= 0xDBFF && i + 1 == units && !last) {
+            break;
+        } else if (u >= 0xD800 && u <= 0xDBFF && i + 1 < units &&
+                   (unitAt(i + 1) & 0xFC00) == 0xDC00) {
+            const std::uint32_t cp = unitAt(++i) + ((u - 0xD800) << 10) + 0x2400;
+            out += static_cast<char>(0xF0 | (cp >> 18));
+            out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+            out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+            out += static_cast<char>(0x80 | (cp & 0x3F));
+        } else {
+            out += static_cast<char>(0xE0 | (u >> 12));
+            out += static_cast<char>(0x80 | ((u >> 6) & 0x3F));
+            out += static_cast<char>(0x80 | (u & 0x3F));
+        }
+    }
+    in.erase(0, last ? in.size() : 2 * i);
+}
+
+bool QzXmlInputWindow::decodeCharset(Stage& stage, const std::string& bytes, std::string& out,
+                                     bool last) {
+    UConverter* cnv = stage.converter->handle();
+    std::u16string& units = stage.units;
+    units.resize(bytes.size() * 2 + 16);
+    const char* source = bytes.data();
+    char16_t* target = &units[0];
+    UErrorCode status = U_ZERO_ERROR;
+    ucnv_toUnicode(cnv, &target, &units[0] + units.size(), &source, source + bytes.size(), nullptr,
+                   last, &status);
+    if (U_FAILURE(status)) {
+        const Qzxmsg failure(QzMessage(&QZFOUNDATIONMSG_CONVERSION, u_errorName(status)));
+        error_ = QzCString("Couldn't transcode from input encoding '") + stage.encoding +
+                 QzCString("': Character set conversion failed: ") + QzCString(failure.why());
+        errorOffset_ = held_.size();
+        return false;
+    }
+    const auto count = static_cast<int32_t>(target - &units[0]);
+    int32_t length = 0;
+    status = U_ZERO_ERROR;
+    u_strToUTF8(nullptr, 0, &length, units.data(), count, &status);
+    const std::size_t at = out.size();
+    out.resize(at + static_cast<std::size_t>(length));
+    status = U_ZERO_ERROR;
+    u_strToUTF8(&out[at], length, &length, units.data(), count, &status);
+    return true;
+}
+
+// CR LF and a lone CR become LF; a CR at the end of a piece waits to see what follows it.
+void QzXmlInputWindow::normalize(Stage& stage, const std::string& bytes, std::string& out,
+                                 bool last) {
+    std::string& in = stage.carry;
+    in += bytes;
+    out.reserve(out.size() + in.size());
+    std::size_t i = 0;
+    for (; i < in.size(); ++i) {
+        if (in[i] != '\r') {
+            out += in[i];
+        } else if (i + 1 < in.size()) {
+            out += '\n';
+            if (in[i + 1] == '\n') ++i;
+        } else if (last) {
+            out += '\n';
+        } else {
+            break;
+        }
+    }
+    in.erase(0, i);
+}
+
+bool QzXmlInputWindow::checkAscii(const std::string& bytes, std::size_t at) {
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        if (static_cast<unsigned char>(bytes[i]) >= 0x80) {
+            const auto* p = reinterpret_cast<const Byte*>(bytes.data()) + i;
+            error_ = "The encoding is US-ASCII, but the document holds " +
+                     QzXmlCharChecks::describe(p, p + (bytes.size() - i));
+            errorOffset_ = at + i;
+            return false;
+        }
+    }
+    return true;
+}
