@@ -152,7 +152,8 @@ private:
     bool throughWindow(Read read);
     void takeInitialInput();
     void topUp();
-    void pullMore();
+    void pullMore(std::ptrdiff_t wanted);
+    std::ptrdiff_t ahead() const;
     bool pullOnce();
     void moveWindowPointers(const Byte* oldBegin, const Byte* oldEnd, const Byte* newBegin);
     void detachOpenNames();
@@ -459,6 +460,7 @@ private:
         QzCString declaredStandalone;
     };
     StreamMark mark_;
+    std::ptrdiff_t retryAhead_ = 0;  ///< input ahead the read that ran out waits for
     std::deque<std::string> detachedNames_;  ///< open names whose tags left the window
 };
 

@@ -384,6 +384,9 @@ void QzXmlReader::takeInitialInput() {
 template <class Read>
 bool QzXmlReader::throughWindow(Read read) {
     topUp();
+    // A read that ran out is tried again only once the input ahead has doubled, so that
+    // input fed a byte at a time costs no more than reading it whole.
+    if (ahead() < retryAhead_) pullMore(retryAhead_);
     for (;;) {
         if (window_->exhausted()) return read();
         markState();
@@ -391,45 +394,41 @@ bool QzXmlReader::throughWindow(Read read) {
             const bool answer = read();
             if (readWellInside()) {
                 mark_.namespaces.innermost.reset();
+                retryAhead_ = 0;
                 return answer;
             }
         } catch (const QzXmlParseError&) {
         }
         restoreState();
-        pullMore();
+        retryAhead_ = 2 * ahead() + kLookAhead;
+        pullMore(retryAhead_);
     }
+}
+
+// Bytes the window holds past the document's cursor.
+std::ptrdiff_t QzXmlReader::ahead() const {
+    return frames_.empty() ? limit_ - cursor_ : frames_.front().limit - frames_.front().cursor;
 }
 
 bool QzXmlReader::readWellInside() const {
-    const Byte* cursor = frames_.empty() ? cursor_ : frames_.front().cursor;
-    const Byte* limit = frames_.empty() ? limit_ : frames_.front().limit;
-    return limit - cursor >= kLookAhead;
+    return ahead() >= kLookAhead;
 }
 
-// Before a read: the bytes read are let go, and a chunk's worth is held ahead where the input
-// has it.
+// Before a read: the bytes read are let go, and some are held ahead where the input has them.
 void QzXmlReader::topUp() {
     releaseConsumed();
-    const Byte* const& cursor = frames_.empty() ? cursor_ : frames_.front().cursor;
-    const Byte* const& limit = frames_.empty() ? limit_ : frames_.front().limit;
-    while (!window_->exhausted() && limit - cursor < kLookAhead) {
-        if (!pullOnce()) break;
+    while (!window_->exhausted() && ahead() < kLookAhead && pullOnce()) {
     }
     if (!window_->error().empty()) failOnWindowError();
 }
 
-// For a read that ran out: as much again as the window holds past the cursor, at least; a
-// fed reader whose input has run out for now throws NeedInput.
-void QzXmlReader::pullMore() {
-    const Byte* const& cursor = frames_.empty() ? cursor_ : frames_.front().cursor;
-    const Byte* const& limit = frames_.empty() ? limit_ : frames_.front().limit;
-    const std::ptrdiff_t wanted = 2 * (limit - cursor) + kLookAhead;
-    bool pulled = false;
-    while (!window_->exhausted() && limit - cursor < wanted && pullOnce()) {
-        pulled = true;
+// Input until wanted bytes lie ahead or it has all come; a fed reader whose input runs out
+// first throws NeedInput.
+void QzXmlReader::pullMore(std::ptrdiff_t wanted) {
+    while (!window_->exhausted() && ahead() < wanted && pullOnce()) {
     }
     if (!window_->error().empty()) failOnWindowError();
-    if (!pulled && !window_->exhausted()) throw NeedInput();
+    if (!window_->exhausted() && ahead() < wanted) throw NeedInput();
 }
 
 // One pull, the pointers into the window moved along; the document length limit is checked
@@ -485,13 +484,16 @@ void QzXmlReader::moveWindowPointers(const Byte* oldBegin, const Byte* oldEnd,
     limit = window_->end();
 }
 
-// Lets go of what is read, keeping the tag read last and an element readElement is copying.
+// Lets go of what is read, keeping the tag read last, the reference of the entity being read
+// and an element readElement is copying.
 void QzXmlReader::releaseConsumed() {
     const Byte* keep = frames_.empty() ? cursor_ : frames_.front().cursor;
     const auto inWindow = [this](const Byte* p) {
         return p != nullptr && p >= window_->begin() && p <= window_->end();
     };
     if (inWindow(lastTagStart_)) keep = std::min(keep, lastTagStart_);
+    // Errors inside an entity are placed at its reference.
+    if (!frames_.empty()) keep = std::min(keep, frames_.front().reference);
     if (rawCopy_) {
         for (const Byte* p : {rawCopy_->start, rawCopy_->inner})
             if (inWindow(p)) keep = std::min(keep, p);

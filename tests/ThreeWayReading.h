@@ -1,0 +1,123 @@
+#ifndef QZXML_TESTS_THREEWAYREADING_H
+#define QZXML_TESTS_THREEWAYREADING_H
+
+// One document read three ways (in memory, streamed in chunks, fed in pieces) into the same
+// trace: a line per node (kind, name, attributes, value, depth) and a last line that is
+// "end" or the error with its line and column. Shared by the streaming tests and fuzzing.
+#include <algorithm>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "QzXmlFeedReader.h"
+#include "QzXmlParseError.h"
+#include "QzXmlReader.h"
+#include "Qzxmsg.h"
+
+namespace three_way {
+
+template <class Reader>
+std::string nodeLine(const Reader& reader) {
+    std::string line = std::to_string(static_cast<int>(reader.getNodeType())) + " d" +
+                       std::to_string(reader.getDepth());
+    switch (reader.getNodeType()) {
+        case QzXmlReader::StartTag:
+        case QzXmlReader::EmptyElement:
+            line += " <" + reader.getCurrentName().asString().std();
+            for (const QzXmlAttribute& a : reader.getCurrentAttributes())
+                line += " " + a.getName().asString().std() + "=[" + a.getValue().std() + "]";
+            break;
+        case QzXmlReader::EndTag:
+            line += " </" + reader.getCurrentName().asString().std();
+            break;
+        default:
+            line += " [" + reader.getValue().std() + "]";
+    }
+    return line;
+}
+
+inline std::string errorLine(const QzXmlParseError& e) {
+    return "error " + std::to_string(e.getLine()) + ":" +
+           std::to_string(e.getColumn()) + " " + e.why();
+}
+
+inline std::vector<std::string> inMemory(const std::string& document,
+                                         const QzXmlReaderOptions& options) {
+    std::vector<std::string> trace;
+    try {
+        QzXmlReader reader(QzCString(document), options);
+        while (!reader.eof()) {
+            reader.readNextNode();
+            trace.push_back(nodeLine(reader));
+        }
+        trace.push_back("end");
+    } catch (const QzXmlParseError& e) {
+        trace.push_back(errorLine(e));
+    } catch (const Qzxmsg& e) {
+        trace.push_back(std::string("exception ") + e.why());
+    }
+    return trace;
+}
+
+inline std::vector<std::string> streamed(const std::string& document, QzXmlReaderOptions options,
+                                         std::size_t chunk) {
+    options.chunkSize = chunk;
+    std::istringstream input(document);
+    std::vector<std::string> trace;
+    try {
+        QzXmlReader reader(input, options);
+        while (!reader.eof()) {
+            reader.readNextNode();
+            trace.push_back(nodeLine(reader));
+        }
+        trace.push_back("end");
+    } catch (const QzXmlParseError& e) {
+        trace.push_back(errorLine(e));
+    } catch (const Qzxmsg& e) {
+        trace.push_back(std::string("exception ") + e.why());
+    }
+    return trace;
+}
+
+inline std::vector<std::string> fed(const std::string& document, const QzXmlReaderOptions& options,
+                                    std::size_t piece) {
+    std::vector<std::string> trace;
+    QzXmlFeedReader reader(options);
+    std::size_t at = 0;
+    try {
+        for (;;) {
+            const QzXmlFeedReader::Result result = reader.next();
+            if (result == QzXmlFeedReader::Result::End) break;
+            if (result == QzXmlFeedReader::Result::Node) {
+                trace.push_back(nodeLine(reader));
+            } else if (at < document.size()) {
+                const std::size_t n = std::min(piece, document.size() - at);
+                reader.feed(document.data() + at, n);
+                at += n;
+            } else {
+                reader.finish();
+            }
+        }
+        trace.push_back("end");
+    } catch (const QzXmlParseError& e) {
+        trace.push_back(errorLine(e));
+    } catch (const Qzxmsg& e) {
+        trace.push_back(std::string("exception ") + e.why());
+    }
+    return trace;
+}
+
+// The first line where two traces part, or "" when they agree.
+inline std::string firstDifference(const std::vector<std::string>& a,
+                                   const std::vector<std::string>& b) {
+    for (std::size_t i = 0; i < std::max(a.size(), b.size()); ++i) {
+        const std::string x = i < a.size() ? a[i] : "(nothing)";
+        const std::string y = i < b.size() ? b[i] : "(nothing)";
+        if (x != y) return "line " + std::to_string(i) + ": " + x + "\n    vs " + y;
+    }
+    return "";
+}
+
+}  // namespace three_way
+
+#endif
