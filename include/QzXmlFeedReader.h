@@ -57,9 +57,9 @@ public:
     std::int32_t getDepth() const noexcept { return reader_->getDepth(); }
 
 private:
-    QzXmlInputWindow* window_;             ///< owned by reader_
+    QzXmlInputWindow* window_;  ///< owned by reader_
     std::unique_ptr<QzXmlReader> reader_;
-    bool started_ = false;                 ///< the prolog is read
+    bool started_ = false;  ///< the prolog is read
 };
 
 #endif

@@ -460,7 +460,8 @@ private:
         QzCString declaredStandalone;
     };
     StreamMark mark_;
-    std::ptrdiff_t retryAhead_ = 0;  ///< input ahead the read that ran out waits for
+    std::ptrdiff_t retryAhead_ = 0;          ///< input ahead the read that ran out waits for
+    std::ptrdiff_t chunkSize_ = 0;           ///< input held ahead before each read
     std::deque<std::string> detachedNames_;  ///< open names whose tags left the window
 };
 

@@ -102,3 +102,106 @@ TEST(QzXmlStreaming, ReadsTheConformanceSuiteAsInMemory) {
 }
 
 }  // namespace
+
+namespace {
+
+std::string utf16le(const std::u16string& text) {
+    std::string out = "\xFF\xFE";
+    for (const char16_t unit : text) {
+        out += static_cast<char>(unit & 0xFF);
+        out += static_cast<char>(unit >> 8);
+    }
+    return out;
+}
+
+// A stream that hands out its text and then fails, as a broken pipe or disk would.
+class FailingBuffer : public std::streambuf {
+public:
+    explicit FailingBuffer(std::string text) : text_(std::move(text)) {
+        setg(&text_[0], &text_[0], &text_[0] + text_.size());
+    }
+
+protected:
+    int_type underflow() override { throw std::runtime_error("read failed"); }
+
+private:
+    std::string text_;
+};
+
+}  // namespace
+
+// Each document puts a character, a line end, a reference or a declaration across chunk
+// edges at every offset.
+TEST(QzXmlStreaming, SplitsAtEveryEdge) {
+    const std::vector<std::string> documents = {
+        "<a>caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80</a>",
+        "<a>one\r\ntwo\rthree\r\n</a>\r\n",
+        "<a><![CDATA[x]]y]]>]]></a>",
+        "<a>x]]>y</a>",
+        "<a b='&amp;&#x1F600;&lt;'>&gt;&#233;&quot;</a>",
+        "<!DOCTYPE a [<!ENTITY e 'x<b>&#38;amp;</b>y'>]><a>1&e;2&e;</a>",
+        utf16le(u"<a>\U0001F600\U0001F601 z\u00E9</a>"),
+        "<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE9\xE8</a>",
+        "<?xml version='1.0' encoding='windows-1252'?><a>\x80\x93\xE9</a>",
+        "<?xml version='1.0' encoding='US-ASCII'?><a>ok</a>",
+        "<a>\xC3</a>",
+        "<a></b>",
+    };
+    for (const std::string& document : documents) {
+        for (const bool strict : {false, true}) {
+            const std::vector<std::string> expected = three_way::inMemory(document, mode(strict));
+            for (std::size_t size = 1; size <= 9; ++size) {
+                EXPECT_EQ(three_way::firstDifference(
+                              expected, three_way::streamed(document, mode(strict), size)),
+                          "")
+                    << document << " streamed by " << size;
+                EXPECT_EQ(three_way::firstDifference(expected,
+                                                     three_way::fed(document, mode(strict), size)),
+                          "")
+                    << document << " fed by " << size;
+            }
+        }
+    }
+}
+
+TEST(QzXmlStreaming, AFailingStreamIsAnError) {
+    std::string document = "<a>\n";
+    for (int i = 0; i < 100; ++i)
+        document += "<b>one</b>\n";
+    FailingBuffer buffer(document + "<c>tw");
+    std::istream input(&buffer);
+    QzXmlReaderOptions options;
+    options.chunkSize = 4;
+    std::size_t nodes = 0;
+    try {
+        QzXmlReader reader(input, options);
+        while (!reader.eof()) {
+            reader.readNextNode();
+            ++nodes;
+        }
+        FAIL() << "no error";
+    } catch (const QzXmlParseError& e) {
+        EXPECT_EQ(three_way::errorLine(e), "error 102:5 The input stream failed");
+    }
+    // The nodes before the failure were read; nothing after it passed for the end.
+    EXPECT_GE(nodes, 150u);
+    EXPECT_LT(nodes, 402u);
+}
+
+TEST(QzXmlStreaming, ReadElementLargerThanTheChunk) {
+    std::string big;
+    for (int i = 0; i < 500; ++i)
+        big += "<i n='" + std::to_string(i) + "'>&amp;" + std::to_string(i) + "</i>\n";
+    const std::string document = "<r>\n<big>" + big + "</big><after/></r>";
+    QzXmlReader inMemory{QzCString(document)};
+    std::istringstream input(document);
+    QzXmlReaderOptions options;
+    options.chunkSize = 64;
+    QzXmlReader streamed(input, options);
+    for (QzXmlReader* reader : {&inMemory, &streamed}) {
+        reader->readElementStart(QzCString("r"));
+        const QzCString element = reader->readElement(QzCString("big"));
+        EXPECT_EQ(element.std(), "\n<big>" + big + "</big>");
+        EXPECT_TRUE(reader->isElementNext(reader->getXmlName(QzCString("after"))));
+    }
+}

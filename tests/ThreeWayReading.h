@@ -37,8 +37,8 @@ std::string nodeLine(const Reader& reader) {
 }
 
 inline std::string errorLine(const QzXmlParseError& e) {
-    return "error " + std::to_string(e.getLine()) + ":" +
-           std::to_string(e.getColumn()) + " " + e.why();
+    return "error " + std::to_string(e.getLine()) + ":" + std::to_string(e.getColumn()) + " " +
+           e.why();
 }
 
 inline std::vector<std::string> inMemory(const std::string& document,

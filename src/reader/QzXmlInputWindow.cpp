@@ -53,6 +53,9 @@ bool QzXmlInputWindow::pull() {
         stream_->read(&bytes[0], static_cast<std::streamsize>(want));
         bytes.resize(static_cast<std::size_t>(stream_->gcount()));
         if (stream_->bad()) {
+            // What was read before the failure is kept, so that the error stands after it.
+            bytesIn_ += bytes.size();
+            decode(bytes, false);
             error_ = "The input stream failed";
             errorOffset_ = held_.size();
             return false;

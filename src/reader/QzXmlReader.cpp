@@ -268,7 +268,8 @@ QzXmlReader::QzXmlReader(unsigned char* buffer, unsigned long length)
     : QzXmlReader(buffer, length, QzXmlReaderOptions()) {}
 
 QzXmlReader::QzXmlReader(std::istream& input, const QzXmlReaderOptions& options)
-    : window_(std::make_unique<QzXmlInputWindow>(input, options.chunkSize)) {
+    : window_(std::make_unique<QzXmlInputWindow>(input, options.chunkSize)),
+      chunkSize_(static_cast<std::ptrdiff_t>(std::min<std::size_t>(options.chunkSize, 1 << 30))) {
     applyOptions(options);
     // A document past the length limit is read no further than the byte that breaks it.
     if (maxDocumentLength_ != SIZE_MAX) window_->limitInput(maxDocumentLength_ + 1);
@@ -414,10 +415,12 @@ bool QzXmlReader::readWellInside() const {
     return ahead() >= kLookAhead;
 }
 
-// Before a read: the bytes read are let go, and some are held ahead where the input has them.
+// Before a read: the bytes read are let go, and a chunk is held ahead where the input has
+// it, so that most nodes are read at the first try.
 void QzXmlReader::topUp() {
     releaseConsumed();
-    while (!window_->exhausted() && ahead() < kLookAhead && pullOnce()) {
+    const std::ptrdiff_t wanted = std::max<std::ptrdiff_t>(chunkSize_, 2 * kLookAhead);
+    while (!window_->exhausted() && ahead() < wanted && pullOnce()) {
     }
     if (!window_->error().empty()) failOnWindowError();
 }
