@@ -3,10 +3,13 @@
 
 #include "QzXmlExport.h"
 
+#include <iosfwd>
+
 #include "QzCString.h"
 #include "QzXmlReaderOptions.h"
 
 class QzXmlContentHandler;
+class QzXmlReader;
 
 /// Event parser: reads a whole document with a QzXmlReader and reports its declaration,
 /// tags and text to a QzXmlContentHandler in document order.
@@ -34,8 +37,13 @@ public:
     /// "Unmatched start tag for " when an end tag does not close the open element. The second
     /// argument is accepted and ignored.
     void parse(const QzCString& document, const QzCString& second = QzCString());
+    /// Parses the stream a chunk at a time (the reader options' chunkSize), in memory bounded
+    /// by the largest node, and calls the handler; errors as for a document in memory.
+    void parse(std::istream& input);
 
 private:
+    void report(QzXmlReader& reader);
+
     QzXmlContentHandler* contentHandler_ = nullptr;
     bool expandReferences_ = true;
     QzXmlReaderOptions readerOptions_;

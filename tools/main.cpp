@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "EventPrinter.h"
+#include "FileInput.h"
 #include "Formatter.h"
 #include "OpenElements.h"
 #include "QzCString.h"
@@ -158,15 +159,16 @@ std::string endPosition(const QzCString& text) {
     return std::to_string(line) + ':' + std::to_string(column);
 }
 
-// Parses a document with handler; prints what went wrong and returns false when it is
-// malformed.
-bool parseDocument(const std::string& path, QzCString document, QzXmlContentHandler* handler,
-                   const QzXmlReaderOptions& options) {
+// Runs parse with a parser that reports to handler; prints what went wrong and returns false
+// when the document is malformed.
+template <class Parse>
+bool parseWith(const std::string& path, QzXmlContentHandler* handler,
+               const QzXmlReaderOptions& options, Parse parse) {
     QzXmlSAXParser parser;
     parser.setContentHandler(handler);
     parser.setReaderOptions(options);
     try {
-        parser.parse(document);
+        parse(parser);
         return true;
     } catch (const QzXmlParseError& e) {
         reportParseError(path, e);
@@ -176,22 +178,48 @@ bool parseDocument(const std::string& path, QzCString document, QzXmlContentHand
     return false;
 }
 
+bool parseDocument(const std::string& path, QzCString document, QzXmlContentHandler* handler,
+                   const QzXmlReaderOptions& options) {
+    return parseWith(path, handler, options,
+                     [&document](QzXmlSAXParser& parser) { parser.parse(document); });
+}
+
+// A file read a chunk at a time, in memory bounded by its largest node.
+bool parseFile(const std::string& path, FileInput& input, QzXmlContentHandler* handler,
+               const QzXmlReaderOptions& options) {
+    std::istream stream(&input);
+    return parseWith(path, handler, options,
+                     [&stream](QzXmlSAXParser& parser) { parser.parse(stream); });
+}
+
+// The event parser accepts a document that ends inside an element; a check does not.
+bool allClosed(const std::string& path, const OpenElements& elements, const std::string& end) {
+    if (elements.open.empty()) return true;
+    std::cerr << displayName(path) << ':' << end << ": document ends inside element "
+              << elements.open.back() << '\n';
+    return false;
+}
+
 // Whether a document is well-formed and complete, with elements watching it; reports what is
-// wrong with it otherwise. The event parser accepts a document that ends inside an element;
-// this does not.
+// wrong with it otherwise.
 bool wellFormed(const std::string& path, const QzCString& document, OpenElements& elements,
                 const QzXmlReaderOptions& options) {
-    if (!parseDocument(path, document, &elements, options)) return false;
-    if (elements.open.empty()) return true;
-    std::cerr << displayName(path) << ':' << endPosition(document)
-              << ": document ends inside element " << elements.open.back() << '\n';
-    return false;
+    return parseDocument(path, document, &elements, options) &&
+           allClosed(path, elements, endPosition(document));
 }
 
 bool wellFormed(const std::string& path, const QzCString& document,
                 const QzXmlReaderOptions& options) {
     OpenElements elements;
     return wellFormed(path, document, elements, options);
+}
+
+// Opens path for reading a chunk at a time; says so on standard error when it cannot.
+bool openInput(const std::string& command, const std::string& path, FileInput& input) {
+    std::string reason;
+    if (input.open(path, reason)) return true;
+    fail(command, displayName(path) + ": cannot read: " + reason);
+    return false;
 }
 
 // Documents are read strictly unless --lenient asks for the reader's lenient reading.
@@ -206,10 +234,10 @@ int runEvents(const Args& args) {
     if (!line.error.empty()) return fail("events", line.error);
     if (line.operands.size() != 1) return fail("events", "expects one FILE or -");
     const std::string& path = line.operands[0];
-    QzCString document;
-    if (!load("events", path, document)) return kFailed;
+    FileInput input;
+    if (!openInput("events", path, input)) return kFailed;
     EventPrinter printer;
-    const bool parsed = parseDocument(path, document, &printer, readerOptions(line));
+    const bool parsed = parseFile(path, input, &printer, readerOptions(line));
     return std::cout.flush() && parsed ? kOk : kFailed;
 }
 
@@ -249,12 +277,16 @@ int runCheck(const Args& args) {
     if (line.operands.empty()) return fail("check", "expects one or more FILEs");
     int status = kOk;
     for (const std::string& path : line.operands) {
-        QzCString document;
-        if (!load("check", path, document)) {
+        FileInput input;
+        if (!openInput("check", path, input)) {
             status = kFailed;
             continue;
         }
-        if (!wellFormed(path, document, readerOptions(line))) status = std::max(status, kNo);
+        OpenElements elements;
+        if (!parseFile(path, input, &elements, readerOptions(line)) ||
+            !allClosed(path, elements, input.endPosition())) {
+            status = std::max(status, kNo);
+        }
     }
     return status;
 }

@@ -67,6 +67,15 @@ void QzXmlSAXParser::parse(const QzCString& document, const QzCString&) {
     // The reader works on the caller's bytes in place, which is what saves the copy.
     QzXmlReader reader(reinterpret_cast<unsigned char*>(const_cast<char*>(document.data())),
                        document.length(), readerOptions_);
+    report(reader);
+}
+
+void QzXmlSAXParser::parse(std::istream& input) {
+    QzXmlReader reader(input, readerOptions_);
+    report(reader);
+}
+
+void QzXmlSAXParser::report(QzXmlReader& reader) {
     reader.setExpandReferences(expandReferences_);
     if (contentHandler_ && !reader.getDeclaredVersion().empty()) {
         reportProlog(reader, *contentHandler_);
