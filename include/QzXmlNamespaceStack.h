@@ -55,14 +55,12 @@ private:
     /// Indexes the innermost scope's declarations from position first on; should that fail,
     /// they are taken out again.
     void indexFrom(std::size_t first);
-    /// The scopes as they stand, for a streaming reader that may have to read a tag again.
-    struct Mark {
-        std::size_t scopes = 0;
-        std::shared_ptr<Scope> innermost;
-    };
-    Mark mark() const;
-    /// Back to the scopes at mark: those opened since are closed, the one closed is reopened.
-    void rewind(const Mark& mark);
+    /// For a streaming reader, which may have to read a tag again: the scope closed last is
+    /// kept aside (until the next one closes), so that rewind can open it again.
+    void keepClosedScope() noexcept { keepClosed_ = true; }
+    /// Back to scopes open scopes: those opened since are closed, the one closed is reopened.
+    void rewind(std::size_t scopes);
+    std::size_t scopeCount() const noexcept { return scopes_.size(); }
 
     void shareAll() const;
     std::shared_ptr<Scope> newScope();
@@ -82,6 +80,8 @@ private:
     mutable QzCString lastPrefix_;
     mutable const QzCString* lastURI_ = nullptr;
     mutable bool lastPrefixValid_ = false;
+    bool keepClosed_ = false;
+    std::shared_ptr<Scope> closed_;  ///< the scope closed last, when keepClosed_
 };
 
 #endif

@@ -160,6 +160,7 @@ private:
     void releaseConsumed();
     [[noreturn]] void failOnWindowError();
     void markState();
+    void saveProlog();
     void restoreState();
     bool readWellInside() const;
     bool eofNow();
@@ -444,6 +445,12 @@ private:
         std::int32_t nodeType = NoNode;
         bool nodePending = false;
         bool rootSeen = false;
+        std::size_t openNames = 0;
+        std::string_view innermostName;
+        std::size_t scopes = 0;
+        std::size_t expandedLength = 0;
+        // What the prolog sets, saved only before a declaration is read.
+        bool prologSaved = false;
         bool hasDoctype = false;
         bool hadDeclarations = false;
         bool entitiesRelaxed = false;
@@ -451,10 +458,6 @@ private:
         bool encodingDeclared = false;
         bool standaloneDeclared = false;
         bool declarationDecoded = false;
-        std::size_t openNames = 0;
-        std::string_view innermostName;
-        QzXmlNamespaceStack::Mark namespaces;
-        std::size_t expandedLength = 0;
         QzCString encodingName;
         QzCString declaredVersion;
         QzCString declaredStandalone;

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -137,4 +138,34 @@ TEST(QzXmlSAXParser, Utf16IsRewrittenInPlace) {
     parser.parse(doc);
     EXPECT_EQ(" <a '\xC3\xA9' /a", r.events);
     EXPECT_EQ(std::string("<\0?\0", 4), doc.std().substr(0, 4));
+}
+
+// A stream is parsed a chunk at a time into the same events, errors included.
+TEST(QzXmlSAXParser, ParsesAStream) {
+    const std::vector<std::string> documents = {"<a x=\"1\"><b/>t</a>", "<r>x<!--c-->y<?p d?></r>",
+                                                "<r>\n <p:e xmlns:p='u'/>\n</r>  ", "<a>\n",
+                                                "<a></b>"};
+    for (const std::string& doc : documents) {
+        std::string inMemory;
+        try {
+            inMemory = events(doc);
+        } catch (const QzXmlParseError& e) {
+            inMemory = std::string("error ") + e.why();
+        }
+        for (const std::size_t chunk : {1, 3, 4096}) {
+            Recorder recorder;
+            QzXmlSAXParser parser;
+            parser.setContentHandler(&recorder);
+            QzXmlReaderOptions options;
+            options.chunkSize = chunk;
+            parser.setReaderOptions(options);
+            std::istringstream input(doc);
+            try {
+                parser.parse(input);
+            } catch (const QzXmlParseError& e) {
+                recorder.events = std::string("error ") + e.why();
+            }
+            EXPECT_EQ(recorder.events, inMemory) << doc << " by " << chunk;
+        }
+    }
 }

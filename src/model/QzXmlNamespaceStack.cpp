@@ -41,16 +41,19 @@ void QzXmlNamespaceStack::pushScope() {
 
 void QzXmlNamespaceStack::popScope() {
     if (scopes_.empty()) return;
-    if (std::shared_ptr<Scope>& innermost = scopes_.back()) {
+    std::shared_ptr<Scope> innermost = std::move(scopes_.back());
+    scopes_.pop_back();
+    if (innermost) {
         lastPrefixValid_ = false;
         if (index_) index_->removeScope(*innermost);
-        // A scope no copy shares is kept for the next declaration, with its capacity.
-        if (innermost.use_count() == 1) {
-            innermost->clear();
-            spareScopes_.push_back(std::move(innermost));
-        }
     }
-    scopes_.pop_back();
+    // A streaming reader may open the scope again; the one kept before is done with.
+    if (keepClosed_) std::swap(innermost, closed_);
+    // A scope no copy shares is kept for the next declaration, with its capacity.
+    if (innermost && innermost.use_count() == 1) {
+        innermost->clear();
+        spareScopes_.push_back(std::move(innermost));
+    }
 }
 
 void QzXmlNamespaceStack::addNamespace(const QzXmlNamespace& ns) {
@@ -74,17 +77,13 @@ QzXmlNamespaceStack::Scope& QzXmlNamespaceStack::innermostWithRoom(std::size_t m
     return *innermost;
 }
 
-QzXmlNamespaceStack::Mark QzXmlNamespaceStack::mark() const {
-    return {scopes_.size(), scopes_.empty() ? nullptr : scopes_.back()};
-}
-
-void QzXmlNamespaceStack::rewind(const Mark& mark) {
-    while (scopes_.size() > mark.scopes)
+void QzXmlNamespaceStack::rewind(std::size_t scopes) {
+    while (scopes_.size() > scopes)
         popScope();
-    if (scopes_.size() < mark.scopes) {
-        scopes_.push_back(mark.innermost);
+    if (scopes_.size() < scopes) {
+        scopes_.push_back(std::move(closed_));
         lastPrefixValid_ = false;
-        if (mark.innermost && !mark.innermost->empty()) indexFrom(0);
+        if (scopes_.back() && !scopes_.back()->empty()) indexFrom(0);
     }
 }
 

@@ -45,28 +45,33 @@ void QzXmlInputWindow::finish() {
 
 bool QzXmlInputWindow::pull() {
     if (flushed_ || !error_.empty()) return false;
-    std::string bytes;
+    scratch_.clear();
     if (stream_ != nullptr) {
-        const std::size_t want =
+        // Undecoded input goes straight into the window; other input is decoded on the way.
+        std::string& into = stages_.empty() ? held_ : scratch_;
+        const std::size_t at = into.size();
+        const auto want =
             static_cast<std::size_t>(std::min<std::uint64_t>(chunk_, inputLimit_ - bytesIn_));
-        bytes.resize(want);
-        stream_->read(&bytes[0], static_cast<std::streamsize>(want));
-        bytes.resize(static_cast<std::size_t>(stream_->gcount()));
-        if (stream_->bad()) {
-            // What was read before the failure is kept, so that the error stands after it.
-            bytesIn_ += bytes.size();
-            decode(bytes, false);
+        into.resize(at + want);
+        stream_->read(&into[at], static_cast<std::streamsize>(want));
+        const auto got = static_cast<std::size_t>(stream_->gcount());
+        into.resize(at + got);
+        bytesIn_ += got;
+        // What was read before a failure is kept, so that the error stands after it.
+        const bool failed = stream_->bad();
+        if (!failed && (!*stream_ || bytesIn_ == inputLimit_)) ended_ = true;
+        if (&into == &scratch_ && !decode(scratch_, ended_)) return false;
+        if (failed) {
             error_ = "The input stream failed";
             errorOffset_ = held_.size();
             return false;
         }
-        if (!*stream_ || bytesIn_ + bytes.size() == inputLimit_) ended_ = true;
     } else {
         if (raw_.empty() && !ended_) return false;
-        bytes.swap(raw_);
+        scratch_.swap(raw_);
+        bytesIn_ += scratch_.size();
+        if (!decode(scratch_, ended_)) return false;
     }
-    bytesIn_ += bytes.size();
-    if (!decode(bytes, ended_)) return false;
     flushed_ = ended_;
     return true;
 }

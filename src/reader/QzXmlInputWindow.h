@@ -89,6 +89,7 @@ private:
     std::size_t chunk_;
     std::string held_;      ///< decoded bytes, UTF-8
     std::string raw_;       ///< fed bytes not yet taken in
+    std::string scratch_;   ///< a stream's chunk, read before it is decoded
     bool ended_ = false;    ///< the stream or the feeding has ended
     bool flushed_ = false;  ///< ... and all of it is decoded into the window
     std::uint64_t bytesIn_ = 0;

@@ -283,6 +283,7 @@ QzXmlReader::QzXmlReader(std::unique_ptr<QzXmlInputWindow> window,
 }
 
 void QzXmlReader::startDocument() {
+    namespaceStack_.keepClosedScope();
     if (cursor_ == nullptr) {
         documentBuffer_ = cursor_ = window_->begin();
         limit_ = window_->end();
@@ -343,6 +344,7 @@ void QzXmlReader::applyOptions(const QzXmlReaderOptions& options) {
 }
 
 void QzXmlReader::readDocument() {
+    saveProlog();
     namespaceStack_.pushScope();
     documentLength_ = window_ ? window_->bytesIn() : limit_ - cursor_;
     if (!window_ && documentLength_ > maxDocumentLength_) {
@@ -394,7 +396,6 @@ bool QzXmlReader::throughWindow(Read read) {
         try {
             const bool answer = read();
             if (readWellInside()) {
-                mark_.namespaces.innermost.reset();
                 retryAhead_ = 0;
                 return answer;
             }
@@ -418,8 +419,9 @@ bool QzXmlReader::readWellInside() const {
 // Before a read: the bytes read are let go, and a chunk is held ahead where the input has
 // it, so that most nodes are read at the first try.
 void QzXmlReader::topUp() {
-    releaseConsumed();
     const std::ptrdiff_t wanted = std::max<std::ptrdiff_t>(chunkSize_, 2 * kLookAhead);
+    if (ahead() >= wanted) return;
+    releaseConsumed();
     while (!window_->exhausted() && ahead() < wanted && pullOnce()) {
     }
     if (!window_->error().empty()) failOnWindowError();
@@ -541,11 +543,23 @@ void QzXmlReader::markState() {
     m.limit = limit_;
     m.buffer = documentBuffer_;
     m.lastTagStart = lastTagStart_;
-    m.frames = frames_;
+    if (!frames_.empty() || !m.frames.empty()) m.frames = frames_;
     m.depth = depth_;
     m.nodeType = nodeType_;
     m.nodePending = nodePending_;
     m.rootSeen = rootSeen_;
+    m.openNames = openNames_.size();
+    m.innermostName = openNames_.empty() ? std::string_view() : openNames_.back();
+    m.scopes = namespaceStack_.scopeCount();
+    m.expandedLength = expandedLength_;
+    m.prologSaved = false;
+}
+
+// Called before the prolog or a declaration is read: what they set is saved as well.
+void QzXmlReader::saveProlog() {
+    StreamMark& m = mark_;
+    if (!window_ || m.prologSaved) return;
+    m.prologSaved = true;
     m.hasDoctype = hasDoctype_;
     m.hadDeclarations = doctype_ != nullptr;
     m.entitiesRelaxed = entitiesRelaxed_;
@@ -553,10 +567,6 @@ void QzXmlReader::markState() {
     m.encodingDeclared = encodingDeclared_;
     m.standaloneDeclared = standaloneDeclared_;
     m.declarationDecoded = declarationDecoded_;
-    m.openNames = openNames_.size();
-    m.innermostName = openNames_.empty() ? std::string_view() : openNames_.back();
-    m.namespaces = namespaceStack_.mark();
-    m.expandedLength = expandedLength_;
     m.encodingName = encodingName_;
     m.declaredVersion = declaredVersion_;
     m.declaredStandalone = declaredStandalone_;
@@ -574,21 +584,22 @@ void QzXmlReader::restoreState() {
     nodeType_ = m.nodeType;
     nodePending_ = m.nodePending;
     rootSeen_ = m.rootSeen;
-    hasDoctype_ = m.hasDoctype;
-    if (!m.hadDeclarations) doctype_.reset();
-    entitiesRelaxed_ = m.entitiesRelaxed;
-    skippingDeclarations_ = m.skippingDeclarations;
-    encodingDeclared_ = m.encodingDeclared;
-    standaloneDeclared_ = m.standaloneDeclared;
-    declarationDecoded_ = m.declarationDecoded;
     if (openNames_.size() > m.openNames) openNames_.resize(m.openNames);
     if (openNames_.size() < m.openNames) openNames_.push_back(m.innermostName);
-    namespaceStack_.rewind(m.namespaces);
-    m.namespaces.innermost.reset();
+    namespaceStack_.rewind(m.scopes);
     expandedLength_ = m.expandedLength;
-    encodingName_ = m.encodingName;
-    declaredVersion_ = m.declaredVersion;
-    declaredStandalone_ = m.declaredStandalone;
+    if (m.prologSaved) {
+        hasDoctype_ = m.hasDoctype;
+        if (!m.hadDeclarations) doctype_.reset();
+        entitiesRelaxed_ = m.entitiesRelaxed;
+        skippingDeclarations_ = m.skippingDeclarations;
+        encodingDeclared_ = m.encodingDeclared;
+        standaloneDeclared_ = m.standaloneDeclared;
+        declarationDecoded_ = m.declarationDecoded;
+        encodingName_ = m.encodingName;
+        declaredVersion_ = m.declaredVersion;
+        declaredStandalone_ = m.declaredStandalone;
+    }
     // A declaration may have decoded the window anew, which rewinding put back elsewhere.
     moveWindowPointers(m.begin, m.end, window_->begin());
 }
@@ -653,7 +664,10 @@ void QzXmlReader::skipBytes(std::ptrdiff_t count) {
 }
 
 bool QzXmlReader::eof() {
-    if (window_) return throughWindow([this] { return eofNow(); });
+    // Inside the root element with more to read, eofNow answers at once, changing nothing.
+    if (window_ && !(depth_ != 0 && limit_ - cursor_ > 1)) {
+        return throughWindow([this] { return eofNow(); });
+    }
     return eofNow();
 }
 
@@ -912,6 +926,7 @@ bool QzXmlReader::readPIOrXmlDecl() {
 // The declaration is read positionally: keywords by their first letter and length, "=" and
 // opening quotes skipped unchecked, values ended by either quote.
 void QzXmlReader::readXmlDecl() {
+    saveProlog();
     readS();
     requireBytes(7);
     const bool isVersion = std::memcmp(cursor_, "version", 7) == 0;

@@ -1,0 +1,139 @@
+// A document of any size read from a pipe by the streaming reader, and the same content read
+// in memory. A child process writes a generated document of GIGABYTES through a pipe; the
+// streaming reader walks every node of it. Then 200 MB of the same content is read in memory
+// by the byte-buffer reader. Prints both throughputs, their ratio and the streaming run's
+// peak resident size; exits 1 when the peak passes 32 MiB or the ratio falls below 0.9.
+//
+//   qzxml_stream_bench [GIGABYTES (4)] [--strict]
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <istream>
+#include <string>
+
+#include "FileInput.h"
+#include "QzXmlReader.h"
+
+namespace {
+
+// About a mebibyte of records, repeated to make a document of any length.
+std::string recordBlock() {
+    std::string block;
+    for (int i = 0; block.size() < (1 << 20); ++i) {
+        const std::string n = std::to_string(i);
+        block += "  <record id=\"r" + n + "\" kind=\"entry\">\n    <name>Record number " + n +
+                 "</name>\n    <value unit=\"kg\">" + n +
+                 ".25</value>\n    <note>Fish &amp; "
+                 "chips, caf\xC3\xA9 " +
+                 n + "</note>\n  </record>\n";
+    }
+    return block;
+}
+
+const char* const kHead = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<records>\n";
+const char* const kTail = "</records>\n";
+
+bool writeAll(int fd, const char* data, std::size_t length) {
+    while (length > 0) {
+        const ssize_t n = ::write(fd, data, length);
+        if (n <= 0) return false;
+        data += n;
+        length -= static_cast<std::size_t>(n);
+    }
+    return true;
+}
+
+// Walks every node; returns the number of nodes.
+std::size_t walk(QzXmlReader& reader) {
+    std::size_t nodes = 0;
+    while (!reader.eof()) {
+        reader.readNextNode();
+        ++nodes;
+    }
+    return nodes;
+}
+
+double seconds(std::chrono::steady_clock::time_point start) {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    double gigabytes = 4;
+    QzXmlReaderOptions options;
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--strict") == 0) {
+            options.strict = true;
+        } else {
+            gigabytes = std::atof(argv[i]);
+        }
+    }
+    const std::string block = recordBlock();
+    const auto blocks = static_cast<std::size_t>(gigabytes * (1 << 30) / block.size());
+
+    int pipeFds[2];
+    if (::pipe(pipeFds) != 0) return 2;
+    // A pipe of a mebibyte, as a shell pipeline given a large read would have.
+    ::fcntl(pipeFds[1], F_SETPIPE_SZ, 1 << 20);
+    const pid_t writer = ::fork();
+    if (writer == 0) {
+        ::close(pipeFds[0]);
+        bool ok = writeAll(pipeFds[1], kHead, std::strlen(kHead));
+        for (std::size_t i = 0; ok && i < blocks; ++i)
+            ok = writeAll(pipeFds[1], block.data(), block.size());
+        ok = ok && writeAll(pipeFds[1], kTail, std::strlen(kTail));
+        ::_exit(ok ? 0 : 1);
+    }
+    ::close(pipeFds[1]);
+    FileInput input;
+    std::string reason;
+    ::dup2(pipeFds[0], STDIN_FILENO);
+    if (!input.open("-", reason)) {
+        std::fprintf(stderr, "cannot read the pipe: %s\n", reason.c_str());
+        return 2;
+    }
+    std::istream stream(&input);
+    auto start = std::chrono::steady_clock::now();
+    QzXmlReader streamed(stream, options);
+    const std::size_t streamedNodes = walk(streamed);
+    const double streamedSeconds = seconds(start);
+    int status = 0;
+    ::waitpid(writer, &status, 0);
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    const double peakMiB = static_cast<double>(usage.ru_maxrss) / 1024;
+    const double streamedBytes = static_cast<double>(blocks) * block.size();
+
+    // The same content in memory, 200 MB of it, read twice: the second run is timed warm.
+    std::string document = kHead;
+    const std::size_t memoryBlocks = (200u << 20) / block.size();
+    for (std::size_t i = 0; i < memoryBlocks; ++i)
+        document += block;
+    document += kTail;
+    double memorySeconds = 0;
+    for (int run = 0; run < 2; ++run) {
+        std::string copy = document;
+        start = std::chrono::steady_clock::now();
+        QzXmlReader inMemory(reinterpret_cast<unsigned char*>(&copy[0]), copy.size(), options);
+        walk(inMemory);
+        memorySeconds = seconds(start);
+    }
+    const double streamedRate = streamedBytes / streamedSeconds / 1e6;
+    const double memoryRate = static_cast<double>(document.size()) / memorySeconds / 1e6;
+    const double ratio = streamedRate / memoryRate;
+    std::printf(
+        "| reading (%s) | bytes | nodes | MB/s | peak RSS (MiB) |\n|---|---:|---:|---:|---:|\n"
+        "| streamed from a pipe | %.0f | %zu | %.0f | %.1f |\n"
+        "| in memory (byte buffer) | %zu | - | %.0f | - |\n\nstreamed / in memory: %.2f\n",
+        options.strict ? "strict" : "lenient", streamedBytes, streamedNodes, streamedRate, peakMiB,
+        document.size(), memoryRate, ratio);
+    const bool ok = WIFEXITED(status) && WEXITSTATUS(status) == 0 && peakMiB <= 32 && ratio >= 0.9;
+    return ok ? 0 : 1;
+}
