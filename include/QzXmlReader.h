@@ -154,6 +154,7 @@ private:
     void topUp();
     void pullMore(std::ptrdiff_t wanted);
     std::ptrdiff_t ahead() const;
+    bool mayHaveEnded() const;
     bool pullOnce();
     void moveWindowPointers(const Byte* oldBegin, const Byte* oldEnd, const Byte* newBegin);
     void detachOpenNames();
@@ -162,7 +163,6 @@ private:
     void markState();
     void saveProlog();
     void restoreState();
-    bool readWellInside() const;
     bool eofNow();
     void transcodeWindow(const QzCString& encoding);
 
@@ -465,6 +465,8 @@ private:
     StreamMark mark_;
     std::ptrdiff_t retryAhead_ = 0;          ///< input ahead the read that ran out waits for
     std::ptrdiff_t chunkSize_ = 0;           ///< input held ahead before each read
+    std::ptrdiff_t lookAheadNeeded_ = 0;     ///< what the read just made must leave ahead
+    std::ptrdiff_t triedAhead_ = 0;          ///< input ahead at the last try that ran out
     std::deque<std::string> detachedNames_;  ///< open names whose tags left the window
 };
 

@@ -371,8 +371,14 @@ void QzXmlReader::readDocument() {
 namespace {
 
 // Bytes a read must leave after it in the window to count as done: more than any look-ahead
-// of the scanners past the node they read.
-constexpr std::ptrdiff_t kLookAhead = 64;
+// of the scanners past the node they read ("<![CDATA[" after a text is the longest). A tag
+// needs none: it ends at its ">", and nothing after it is looked at.
+constexpr std::ptrdiff_t kLookAhead = 16;
+
+bool isTag(std::int32_t nodeType) {
+    return nodeType == QzXmlReader::StartTag || nodeType == QzXmlReader::EndTag ||
+           nodeType == QzXmlReader::EmptyElement;
+}
 
 }  // namespace
 
@@ -394,15 +400,17 @@ bool QzXmlReader::throughWindow(Read read) {
         if (window_->exhausted()) return read();
         markState();
         try {
+            lookAheadNeeded_ = kLookAhead;
             const bool answer = read();
-            if (readWellInside()) {
+            if (ahead() >= lookAheadNeeded_) {
                 retryAhead_ = 0;
                 return answer;
             }
         } catch (const QzXmlParseError&) {
         }
         restoreState();
-        retryAhead_ = 2 * ahead() + kLookAhead;
+        triedAhead_ = ahead();
+        retryAhead_ = 2 * triedAhead_ + kLookAhead;
         pullMore(retryAhead_);
     }
 }
@@ -410,10 +418,6 @@ bool QzXmlReader::throughWindow(Read read) {
 // Bytes the window holds past the document's cursor.
 std::ptrdiff_t QzXmlReader::ahead() const {
     return frames_.empty() ? limit_ - cursor_ : frames_.front().limit - frames_.front().cursor;
-}
-
-bool QzXmlReader::readWellInside() const {
-    return ahead() >= kLookAhead;
 }
 
 // Before a read: the bytes read are let go, and a chunk is held ahead where the input has
@@ -433,7 +437,20 @@ void QzXmlReader::pullMore(std::ptrdiff_t wanted) {
     while (!window_->exhausted() && ahead() < wanted && pullOnce()) {
     }
     if (!window_->error().empty()) failOnWindowError();
-    if (!window_->exhausted() && ahead() < wanted) throw NeedInput();
+    if (window_->exhausted() || ahead() >= wanted || mayHaveEnded()) return;
+    throw NeedInput();
+}
+
+// Whether fed input that came since the last try may end the node that ran out: a small node
+// is tried again as soon as a ">" (after markup) or "<" (after text) comes, not only once
+// the input ahead has doubled.
+bool QzXmlReader::mayHaveEnded() const {
+    constexpr std::ptrdiff_t kSmallNode = 4096;
+    if (triedAhead_ >= kSmallNode || ahead() <= triedAhead_) return false;
+    const Byte* cursor = frames_.empty() ? cursor_ : frames_.front().cursor;
+    const Byte* fresh = cursor + triedAhead_;
+    const int end = *cursor == '<' ? '>' : '<';
+    return std::memchr(fresh, end, ahead() - triedAhead_) != nullptr;
 }
 
 // One pull, the pointers into the window moved along; the document length limit is checked
@@ -1542,6 +1559,7 @@ void QzXmlReader::readNextNode() {
     if (window_) {
         throughWindow([this] {
             checked_ ? readNextNodeAs<true>() : readNextNodeAs<false>();
+            if (isTag(nodeType_)) lookAheadNeeded_ = 0;
             return true;
         });
         return;
