@@ -164,6 +164,9 @@ private:
     void saveProlog();
     void restoreState();
     bool eofNow();
+    bool eofThroughWindow();
+    void readNextNodeThroughWindow();
+    void readContentThroughWindow();
     void transcodeWindow(const QzCString& encoding);
 
     /// Copies the document and reads its prolog, recording skipped markup in log when given.

@@ -41,19 +41,19 @@ void QzXmlNamespaceStack::pushScope() {
 
 void QzXmlNamespaceStack::popScope() {
     if (scopes_.empty()) return;
-    std::shared_ptr<Scope> innermost = std::move(scopes_.back());
-    scopes_.pop_back();
+    std::shared_ptr<Scope>& innermost = scopes_.back();
     if (innermost) {
         lastPrefixValid_ = false;
         if (index_) index_->removeScope(*innermost);
     }
     // A streaming reader may open the scope again; the one kept before is done with.
-    if (keepClosed_) std::swap(innermost, closed_);
+    if (keepClosed_) innermost.swap(closed_);
     // A scope no copy shares is kept for the next declaration, with its capacity.
     if (innermost && innermost.use_count() == 1) {
         innermost->clear();
         spareScopes_.push_back(std::move(innermost));
     }
+    scopes_.pop_back();
 }
 
 void QzXmlNamespaceStack::addNamespace(const QzXmlNamespace& ns) {

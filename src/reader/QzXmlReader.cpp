@@ -415,6 +415,26 @@ bool QzXmlReader::throughWindow(Read read) {
     }
 }
 
+// The reads a window makes, kept out of the in-memory reader's way.
+[[gnu::noinline]] bool QzXmlReader::eofThroughWindow() {
+    return throughWindow([this] { return eofNow(); });
+}
+
+[[gnu::noinline]] void QzXmlReader::readNextNodeThroughWindow() {
+    throughWindow([this] {
+        checked_ ? readNextNodeAs<true>() : readNextNodeAs<false>();
+        if (isTag(nodeType_)) lookAheadNeeded_ = 0;
+        return true;
+    });
+}
+
+[[gnu::noinline]] void QzXmlReader::readContentThroughWindow() {
+    throughWindow([this] {
+        checked_ ? readContentAs<true>() : readContentAs<false>();
+        return true;
+    });
+}
+
 // Bytes the window holds past the document's cursor.
 std::ptrdiff_t QzXmlReader::ahead() const {
     return frames_.empty() ? limit_ - cursor_ : frames_.front().limit - frames_.front().cursor;
@@ -681,16 +701,13 @@ void QzXmlReader::skipBytes(std::ptrdiff_t count) {
 }
 
 bool QzXmlReader::eof() {
-    // Inside the root element with more to read, eofNow answers at once, changing nothing.
-    if (window_ && !(depth_ != 0 && limit_ - cursor_ > 1)) {
-        return throughWindow([this] { return eofNow(); });
-    }
+    // Inside the root element with more to read, no mode has anything to check.
+    if (depth_ != 0 && limit_ - cursor_ > 1) return false;
+    if (window_) return eofThroughWindow();
     return eofNow();
 }
 
 bool QzXmlReader::eofNow() {
-    // Inside the root element with more to read, no mode has anything to check.
-    if (depth_ != 0 && limit_ - cursor_ > 1) return false;
     if (strict_) return strictEof();
     if (depth_ == 0 && limit_ - cursor_ > 1) readS();
     return limit_ - cursor_ <= 1;
@@ -1408,10 +1425,7 @@ void QzXmlReader::addNamespace(const QzXmlNamespace& ns) {
 void QzXmlReader::readContent() {
     if (takePendingNode()) return;
     if (window_) {
-        throughWindow([this] {
-            checked_ ? readContentAs<true>() : readContentAs<false>();
-            return true;
-        });
+        readContentThroughWindow();
         return;
     }
     checked_ ? readContentAs<true>() : readContentAs<false>();
@@ -1557,11 +1571,7 @@ void QzXmlReader::readCDATA() {
 void QzXmlReader::readNextNode() {
     if (takePendingNode()) return;
     if (window_) {
-        throughWindow([this] {
-            checked_ ? readNextNodeAs<true>() : readNextNodeAs<false>();
-            if (isTag(nodeType_)) lookAheadNeeded_ = 0;
-            return true;
-        });
+        readNextNodeThroughWindow();
         return;
     }
     checked_ ? readNextNodeAs<true>() : readNextNodeAs<false>();
