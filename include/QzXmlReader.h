@@ -437,8 +437,6 @@ private:
     // A read through a window that runs out of input is undone and made again with more:
     // what it may change is kept here first.
     struct StreamMark {
-        const Byte* begin = nullptr;  ///< the window as it was
-        const Byte* end = nullptr;
         Byte* cursor = nullptr;
         Byte* limit = nullptr;
         Byte* buffer = nullptr;
@@ -467,7 +465,7 @@ private:
     };
     StreamMark mark_;
     std::ptrdiff_t retryAhead_ = 0;          ///< input ahead the read that ran out waits for
-    std::ptrdiff_t chunkSize_ = 0;           ///< input held ahead before each read
+    std::ptrdiff_t topUpAt_ = 32;            ///< input held ahead before each read
     std::ptrdiff_t lookAheadNeeded_ = 0;     ///< what the read just made must leave ahead
     std::ptrdiff_t triedAhead_ = 0;          ///< input ahead at the last try that ran out
     std::deque<std::string> detachedNames_;  ///< open names whose tags left the window

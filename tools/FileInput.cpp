@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <stdexcept>
@@ -21,17 +22,40 @@ bool FileInput::open(const std::string& path, std::string& reason) {
     return true;
 }
 
-// Reads the next chunk into the get area; false at the end or on a failed read.
-bool FileInput::fill() {
-    ssize_t n;
+// One read of at most n bytes into `into`, counted; 0 at the end, and on a failure, which
+// error_ then names.
+std::size_t FileInput::readSome(char* into, std::size_t n) {
+    ssize_t got;
     do {
-        n = ::read(fd_, buffer_.data(), buffer_.size());
-    } while (n < 0 && errno == EINTR);
-    if (n < 0) error_ = errno;
-    const std::size_t got = n > 0 ? static_cast<std::size_t>(n) : 0;
+        got = ::read(fd_, into, n);
+    } while (got < 0 && errno == EINTR);
+    if (got < 0) {
+        error_ = errno;
+        return 0;
+    }
+    count(into, into + got);
+    return static_cast<std::size_t>(got);
+}
+
+// Reads the next chunk into the get area; false on a failed read.
+bool FileInput::fill() {
+    const std::size_t got = readSome(buffer_.data(), buffer_.size());
     setg(buffer_.data(), buffer_.data(), buffer_.data() + got);
-    count(buffer_.data(), buffer_.data() + got);
-    return n >= 0;
+    return error_ == 0;
+}
+
+// A large read takes what the get area holds, then reads straight into the caller's bytes.
+std::streamsize FileInput::xsgetn(char* s, std::streamsize n) {
+    std::streamsize done = std::min<std::streamsize>(n, egptr() - gptr());
+    std::memcpy(s, gptr(), static_cast<std::size_t>(done));
+    gbump(static_cast<int>(done));
+    while (done < n) {
+        const std::size_t got = readSome(s + done, static_cast<std::size_t>(n - done));
+        if (error_ != 0) throw std::runtime_error(std::strerror(error_));
+        if (got == 0) break;
+        done += static_cast<std::streamsize>(got);
+    }
+    return done;
 }
 
 FileInput::int_type FileInput::underflow() {

@@ -24,9 +24,11 @@ public:
 
 protected:
     int_type underflow() override;
+    std::streamsize xsgetn(char* s, std::streamsize n) override;
 
 private:
     bool fill();
+    std::size_t readSome(char* into, std::size_t n);
     void count(const char* first, const char* last);
 
     int fd_ = -1;

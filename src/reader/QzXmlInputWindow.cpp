@@ -92,25 +92,24 @@ void QzXmlInputWindow::release(const Byte* keep) {
     held_.erase(0, dropped);
 }
 
-void QzXmlInputWindow::mark() {
-    marked_ = true;
-    saved_ = false;
-}
-
-void QzXmlInputWindow::rewind() {
+bool QzXmlInputWindow::rewind(const Byte*& oldBegin, const Byte*& oldEnd) {
     marked_ = false;
-    if (!saved_) return;
+    if (!saved_) return false;
+    oldBegin = savedBegin_;
+    oldEnd = savedBegin_ + savedHeld_.size();
     held_.swap(savedHeld_);
     stages_.resize(savedStages_);
     linesDropped_ = savedLines_;
     columnCarry_ = savedCarry_;
     error_ = QzCString();
     saved_ = false;
+    return true;
 }
 
 // A stage that applies from `from` on; the bytes before it are kept or dropped.
 QzXmlInputWindow::Stage& QzXmlInputWindow::addStage(const Byte* from, bool keepBefore) {
     if (marked_ && !saved_) {
+        savedBegin_ = begin();
         savedHeld_ = held_;
         savedStages_ = stages_.size();
         savedLines_ = linesDropped_;
@@ -131,10 +130,7 @@ bool QzXmlInputWindow::transformHeld() {
         linesDropped_ = 0;
         columnCarry_ = 0;
     }
-    std::string out;
-    const bool ok = decodeBy(*stages_.back(), rest, out, flushed_);
-    held_ += out;
-    return ok;
+    return decodeBy(*stages_.back(), rest, held_, flushed_);
 }
 
 bool QzXmlInputWindow::decodeFrom(const Byte* from, const QzCString& encoding) {
@@ -179,13 +175,17 @@ bool QzXmlInputWindow::requireAsciiFrom(const Byte* from) {
 // Appends bytes to the window as the chain of decodings makes them; what ends inside a
 // character waits for the next piece unless last.
 bool QzXmlInputWindow::decode(std::string& bytes, bool last) {
-    for (const std::unique_ptr<Stage>& stage : stages_) {
-        std::string out;
-        if (!decodeBy(*stage, bytes, out, last)) return false;
-        bytes.swap(out);
+    if (stages_.empty()) {
+        held_ += bytes;
+        return true;
     }
-    held_ += bytes;
-    return true;
+    // Each decoding but the last writes to a scratch string; the last writes to the window.
+    for (std::size_t i = 0; i + 1 < stages_.size(); ++i) {
+        between_.clear();
+        if (!decodeBy(*stages_[i], bytes, between_, last)) return false;
+        bytes.swap(between_);
+    }
+    return decodeBy(*stages_.back(), bytes, held_, last);
 }
 
 bool QzXmlInputWindow::decodeBy(Stage& stage, std::string& bytes, std::string& out, bool last) {
@@ -193,11 +193,14 @@ bool QzXmlInputWindow::decodeBy(Stage& stage, std::string& bytes, std::string& o
         case Stage::LineEnds:
             normalize(stage, bytes, out, last);
             return true;
-        case Stage::Ascii:
-            // Checked where the bytes will lie: after what the window holds.
-            out.swap(bytes);
-            return checkAscii(out, held_.size());
+        case Stage::Ascii: {
+            // An offending byte is placed where it will lie in the window.
+            const std::size_t at = out.size();
+            out += bytes;
+            return checkAscii(out, at, &out == &held_ ? 0 : held_.size());
+        }
         case Stage::Latin1:
+            out.reserve(out.size() + 2 * bytes.size());
             for (const char ch : bytes) {
                 const auto b = static_cast<unsigned char>(ch);
                 if (b < 0x80) {
@@ -289,32 +292,39 @@ bool QzXmlInputWindow::decodeCharset(Stage& stage, const std::string& bytes, std
 // CR LF and a lone CR become LF; a CR at the end of a piece waits to see what follows it.
 void QzXmlInputWindow::normalize(Stage& stage, const std::string& bytes, std::string& out,
                                  bool last) {
-    std::string& in = stage.carry;
-    in += bytes;
-    out.reserve(out.size() + in.size());
-    std::size_t i = 0;
-    for (; i < in.size(); ++i) {
-        if (in[i] != '\r') {
-            out += in[i];
-        } else if (i + 1 < in.size()) {
-            out += '\n';
-            if (in[i + 1] == '\n') ++i;
-        } else if (last) {
-            out += '\n';
-        } else {
-            break;
-        }
+    const char* p = bytes.data();
+    const char* const end = p + bytes.size();
+    if (!stage.carry.empty()) {
+        if (p == end && !last) return;
+        stage.carry.clear();
+        out += '\n';
+        if (p < end && *p == '\n') ++p;
     }
-    in.erase(0, i);
+    while (p < end) {
+        const auto* cr = static_cast<const char*>(std::memchr(p, '\r', end - p));
+        if (cr == nullptr) {
+            out.append(p, end - p);
+            return;
+        }
+        out.append(p, cr - p);
+        if (cr + 1 == end && !last) {
+            stage.carry = "\r";
+            return;
+        }
+        out += '\n';
+        p = cr + 1;
+        if (p < end && *p == '\n') ++p;
+    }
 }
 
-bool QzXmlInputWindow::checkAscii(const std::string& bytes, std::size_t at) {
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        if (static_cast<unsigned char>(bytes[i]) >= 0x80) {
-            const auto* p = reinterpret_cast<const Byte*>(bytes.data()) + i;
+// The bytes of text from `from` on, which will lie at base + their place in the window.
+bool QzXmlInputWindow::checkAscii(const std::string& text, std::size_t from, std::size_t base) {
+    for (std::size_t i = from; i < text.size(); ++i) {
+        if (static_cast<unsigned char>(text[i]) >= 0x80) {
+            const auto* p = reinterpret_cast<const Byte*>(text.data()) + i;
             error_ = "The encoding is US-ASCII, but the document holds " +
-                     QzXmlCharChecks::describe(p, p + (bytes.size() - i));
-            errorOffset_ = at + i;
+                     QzXmlCharChecks::describe(p, p + (text.size() - i));
+            errorOffset_ = base + i;
             return false;
         }
     }

@@ -65,8 +65,13 @@ public:
 
     /// A read that may be undone starts: rewind() puts back the bytes as they were before any
     /// decodeFrom, normalizeLineEndsFrom or requireAsciiFrom it made; pulls wait until after.
-    void mark();
-    void rewind();
+    void mark() noexcept {
+        marked_ = true;
+        saved_ = false;
+    }
+    /// True when there was something to put back: the bytes that lay at [oldBegin, oldEnd]
+    /// at mark() now lie at begin().
+    bool rewind(const Byte*& oldBegin, const Byte*& oldEnd);
 
     /// The bytes before the window that a line or column count must still take in: the
     /// line feeds dropped, and the bytes dropped since the last of them.
@@ -83,13 +88,14 @@ private:
     static void decodeUtf16(Stage& stage, const std::string& bytes, std::string& out, bool last);
     bool decodeCharset(Stage& stage, const std::string& bytes, std::string& out, bool last);
     static void normalize(Stage& stage, const std::string& bytes, std::string& out, bool last);
-    bool checkAscii(const std::string& bytes, std::size_t at);
+    bool checkAscii(const std::string& text, std::size_t from, std::size_t base);
 
     std::istream* stream_;
     std::size_t chunk_;
     std::string held_;      ///< decoded bytes, UTF-8
     std::string raw_;       ///< fed bytes not yet taken in
     std::string scratch_;   ///< a stream's chunk, read before it is decoded
+    std::string between_;   ///< what one decoding hands to the next
     bool ended_ = false;    ///< the stream or the feeding has ended
     bool flushed_ = false;  ///< ... and all of it is decoded into the window
     std::uint64_t bytesIn_ = 0;
@@ -103,6 +109,7 @@ private:
     bool marked_ = false;
     bool saved_ = false;
     std::string savedHeld_;
+    const Byte* savedBegin_ = nullptr;
     std::size_t savedStages_ = 0;
     std::uint64_t savedLines_ = 0;
     std::uint64_t savedCarry_ = 0;

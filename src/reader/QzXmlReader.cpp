@@ -259,6 +259,20 @@ bool isXmlns(const char* text, std::size_t length) {
 // ---------------------------------------------------------------------------------------------
 // Construction and lexical primitives
 
+namespace {
+
+// Bytes a read must leave after it in the window to count as done: more than any look-ahead
+// of the scanners past the node they read ("<![CDATA[" after a text is the longest). A tag
+// needs none: it ends at its ">", and nothing after it is looked at.
+constexpr std::ptrdiff_t kLookAhead = 16;
+
+bool isTag(std::int32_t nodeType) {
+    return nodeType == QzXmlReader::StartTag || nodeType == QzXmlReader::EndTag ||
+           nodeType == QzXmlReader::EmptyElement;
+}
+
+}  // namespace
+
 QzXmlReader::QzXmlReader(std::istream& input) : QzXmlReader(input, QzXmlReaderOptions()) {}
 
 QzXmlReader::QzXmlReader(const QzCString& document)
@@ -269,7 +283,9 @@ QzXmlReader::QzXmlReader(unsigned char* buffer, unsigned long length)
 
 QzXmlReader::QzXmlReader(std::istream& input, const QzXmlReaderOptions& options)
     : window_(std::make_unique<QzXmlInputWindow>(input, options.chunkSize)),
-      chunkSize_(static_cast<std::ptrdiff_t>(std::min<std::size_t>(options.chunkSize, 1 << 30))) {
+      topUpAt_(std::max<std::ptrdiff_t>(
+          2 * kLookAhead,
+          static_cast<std::ptrdiff_t>(std::min<std::size_t>(options.chunkSize, 1 << 30)))) {
     applyOptions(options);
     // A document past the length limit is read no further than the byte that breaks it.
     if (maxDocumentLength_ != SIZE_MAX) window_->limitInput(maxDocumentLength_ + 1);
@@ -368,19 +384,6 @@ void QzXmlReader::readDocument() {
 // then everything the read changed is put back, more input is taken in, and the node is
 // read again. Once the input has all come, reading is exactly the in-memory reading.
 
-namespace {
-
-// Bytes a read must leave after it in the window to count as done: more than any look-ahead
-// of the scanners past the node they read ("<![CDATA[" after a text is the longest). A tag
-// needs none: it ends at its ">", and nothing after it is looked at.
-constexpr std::ptrdiff_t kLookAhead = 16;
-
-bool isTag(std::int32_t nodeType) {
-    return nodeType == QzXmlReader::StartTag || nodeType == QzXmlReader::EndTag ||
-           nodeType == QzXmlReader::EmptyElement;
-}
-
-}  // namespace
 
 // The first bytes: enough to see a byte-order mark and the declaration's start.
 void QzXmlReader::takeInitialInput() {
@@ -392,7 +395,7 @@ void QzXmlReader::takeInitialInput() {
 
 template <class Read>
 bool QzXmlReader::throughWindow(Read read) {
-    topUp();
+    if (ahead() < topUpAt_) topUp();
     // A read that ran out is tried again only once the input ahead has doubled, so that
     // input fed a byte at a time costs no more than reading it whole.
     if (ahead() < retryAhead_) pullMore(retryAhead_);
@@ -443,10 +446,8 @@ std::ptrdiff_t QzXmlReader::ahead() const {
 // Before a read: the bytes read are let go, and a chunk is held ahead where the input has
 // it, so that most nodes are read at the first try.
 void QzXmlReader::topUp() {
-    const std::ptrdiff_t wanted = std::max<std::ptrdiff_t>(chunkSize_, 2 * kLookAhead);
-    if (ahead() >= wanted) return;
     releaseConsumed();
-    while (!window_->exhausted() && ahead() < wanted && pullOnce()) {
+    while (!window_->exhausted() && ahead() < topUpAt_ && pullOnce()) {
     }
     if (!window_->error().empty()) failOnWindowError();
 }
@@ -574,20 +575,22 @@ void QzXmlReader::detachOpenNames() {
 void QzXmlReader::markState() {
     window_->mark();
     StreamMark& m = mark_;
-    m.begin = window_->begin();
-    m.end = window_->end();
     m.cursor = cursor_;
-    m.limit = limit_;
-    m.buffer = documentBuffer_;
+    // Outside an entity, the document's buffer and end are the window's.
+    if (!frames_.empty() || !m.frames.empty()) {
+        m.frames = frames_;
+        m.limit = limit_;
+        m.buffer = documentBuffer_;
+    }
     m.lastTagStart = lastTagStart_;
-    if (!frames_.empty() || !m.frames.empty()) m.frames = frames_;
     m.depth = depth_;
     m.nodeType = nodeType_;
     m.nodePending = nodePending_;
     m.rootSeen = rootSeen_;
     m.openNames = openNames_.size();
-    m.innermostName = openNames_.empty() ? std::string_view() : openNames_.back();
-    m.scopes = namespaceStack_.scopeCount();
+    if (!openNames_.empty()) m.innermostName = openNames_.back();
+    // Only a tag opens or closes a scope.
+    m.scopes = *cursor_ == '<' ? namespaceStack_.scopeCount() : SIZE_MAX;
     m.expandedLength = expandedLength_;
     m.prologSaved = false;
 }
@@ -597,6 +600,7 @@ void QzXmlReader::saveProlog() {
     StreamMark& m = mark_;
     if (!window_ || m.prologSaved) return;
     m.prologSaved = true;
+    m.scopes = namespaceStack_.scopeCount();
     m.hasDoctype = hasDoctype_;
     m.hadDeclarations = doctype_ != nullptr;
     m.entitiesRelaxed = entitiesRelaxed_;
@@ -610,20 +614,27 @@ void QzXmlReader::saveProlog() {
 }
 
 void QzXmlReader::restoreState() {
-    window_->rewind();
     StreamMark& m = mark_;
+    const Byte* oldBegin = nullptr;
+    const Byte* oldEnd = nullptr;
+    const bool moved = window_->rewind(oldBegin, oldEnd);
     cursor_ = m.cursor;
-    limit_ = m.limit;
-    documentBuffer_ = m.buffer;
-    lastTagStart_ = m.lastTagStart;
     frames_ = m.frames;
+    if (frames_.empty()) {
+        limit_ = window_->end();
+        documentBuffer_ = window_->begin();
+    } else {
+        limit_ = m.limit;
+        documentBuffer_ = m.buffer;
+    }
+    lastTagStart_ = m.lastTagStart;
     depth_ = m.depth;
     nodeType_ = m.nodeType;
     nodePending_ = m.nodePending;
     rootSeen_ = m.rootSeen;
     if (openNames_.size() > m.openNames) openNames_.resize(m.openNames);
     if (openNames_.size() < m.openNames) openNames_.push_back(m.innermostName);
-    namespaceStack_.rewind(m.scopes);
+    if (m.scopes != SIZE_MAX) namespaceStack_.rewind(m.scopes);
     expandedLength_ = m.expandedLength;
     if (m.prologSaved) {
         hasDoctype_ = m.hasDoctype;
@@ -637,8 +648,8 @@ void QzXmlReader::restoreState() {
         declaredVersion_ = m.declaredVersion;
         declaredStandalone_ = m.declaredStandalone;
     }
-    // A declaration may have decoded the window anew, which rewinding put back elsewhere.
-    moveWindowPointers(m.begin, m.end, window_->begin());
+    // A declaration decoded the window anew: rewinding put its bytes back elsewhere.
+    if (moved) moveWindowPointers(oldBegin, oldEnd, window_->begin());
 }
 
 void QzXmlReader::transcodeWindow(const QzCString& encoding) {
