@@ -4,7 +4,9 @@
 // by the byte-buffer reader. Prints both throughputs, their ratio and the streaming run's
 // peak resident size; exits 1 when the peak passes 32 MiB or the ratio falls below 0.9.
 //
-//   qzxml_stream_bench [GIGABYTES (4)] [--strict]
+// With --corpus, the records are those between the root tags of FILE (a benchmark corpus).
+//
+//   qzxml_stream_bench [GIGABYTES (4)] [--strict] [--chunk=BYTES (65536)] [--corpus=FILE]
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -21,6 +23,22 @@
 #include "QzXmlReader.h"
 
 namespace {
+
+// The content of path between its root element's tags, or empty.
+std::string rootContent(const char* path) {
+    std::FILE* file = std::fopen(path, "rb");
+    if (file == nullptr) return std::string();
+    std::string all;
+    char buffer[1 << 16];
+    for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, file)) > 0;)
+        all.append(buffer, n);
+    std::fclose(file);
+    const std::size_t root = all.find('<', all.find("?>") + 2);
+    const std::size_t first = all.find('>', root) + 1;
+    const std::size_t last = all.rfind("</");
+    return root == std::string::npos || last < first ? std::string()
+                                                     : all.substr(first, last - first);
+}
 
 // About a mebibyte of records, repeated to make a document of any length.
 std::string recordBlock() {
@@ -68,14 +86,20 @@ double seconds(std::chrono::steady_clock::time_point start) {
 int main(int argc, char** argv) {
     double gigabytes = 4;
     QzXmlReaderOptions options;
+    std::string block;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--strict") == 0) {
             options.strict = true;
+        } else if (std::strncmp(argv[i], "--corpus=", 9) == 0) {
+            block = rootContent(argv[i] + 9);
+            if (block.empty()) return 2;
+        } else if (std::strncmp(argv[i], "--chunk=", 8) == 0) {
+            options.chunkSize = std::strtoul(argv[i] + 8, nullptr, 10);
         } else {
             gigabytes = std::atof(argv[i]);
         }
     }
-    const std::string block = recordBlock();
+    if (block.empty()) block = recordBlock();
     const auto blocks = static_cast<std::size_t>(gigabytes * (1 << 30) / block.size());
 
     int pipeFds[2];
