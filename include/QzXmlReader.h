@@ -160,6 +160,10 @@ private:
     void detachOpenNames();
     void releaseConsumed();
     [[noreturn]] void failOnWindowError();
+    template <class Copy>
+    void eachNodeField(Copy copy);
+    template <class Copy>
+    void eachPrologField(Copy copy);
     void markState();
     void saveProlog();
     void restoreState();

@@ -5,6 +5,7 @@
 // trace: a line per node (kind, name, attributes, value, depth) and a last line that is
 // "end" or the error with its line and column. Shared by the streaming tests and fuzzing.
 #include <algorithm>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -41,15 +42,12 @@ inline std::string errorLine(const QzXmlParseError& e) {
            e.why();
 }
 
-inline std::vector<std::string> inMemory(const std::string& document,
-                                         const QzXmlReaderOptions& options) {
+// The lines body adds, then "end", or the error that stopped it.
+template <class Body>
+std::vector<std::string> traced(Body body) {
     std::vector<std::string> trace;
     try {
-        QzXmlReader reader(QzCString(document), options);
-        while (!reader.eof()) {
-            reader.readNextNode();
-            trace.push_back(nodeLine(reader));
-        }
+        body(trace);
         trace.push_back("end");
     } catch (const QzXmlParseError& e) {
         trace.push_back(errorLine(e));
@@ -57,37 +55,39 @@ inline std::vector<std::string> inMemory(const std::string& document,
         trace.push_back(std::string("exception ") + e.why());
     }
     return trace;
+}
+
+// Walks the reader make gives to the end or to its first error.
+template <class Make>
+std::vector<std::string> walk(Make make) {
+    return traced([&make](std::vector<std::string>& trace) {
+        const std::unique_ptr<QzXmlReader> reader = make();
+        while (!reader->eof()) {
+            reader->readNextNode();
+            trace.push_back(nodeLine(*reader));
+        }
+    });
+}
+
+inline std::vector<std::string> inMemory(const std::string& document,
+                                         const QzXmlReaderOptions& options) {
+    return walk([&] { return std::make_unique<QzXmlReader>(QzCString(document), options); });
 }
 
 inline std::vector<std::string> streamed(const std::string& document, QzXmlReaderOptions options,
                                          std::size_t chunk) {
     options.chunkSize = chunk;
     std::istringstream input(document);
-    std::vector<std::string> trace;
-    try {
-        QzXmlReader reader(input, options);
-        while (!reader.eof()) {
-            reader.readNextNode();
-            trace.push_back(nodeLine(reader));
-        }
-        trace.push_back("end");
-    } catch (const QzXmlParseError& e) {
-        trace.push_back(errorLine(e));
-    } catch (const Qzxmsg& e) {
-        trace.push_back(std::string("exception ") + e.why());
-    }
-    return trace;
+    return walk([&] { return std::make_unique<QzXmlReader>(input, options); });
 }
 
 inline std::vector<std::string> fed(const std::string& document, const QzXmlReaderOptions& options,
                                     std::size_t piece) {
-    std::vector<std::string> trace;
-    QzXmlFeedReader reader(options);
-    std::size_t at = 0;
-    try {
-        for (;;) {
+    return traced([&](std::vector<std::string>& trace) {
+        QzXmlFeedReader reader(options);
+        for (std::size_t at = 0;;) {
             const QzXmlFeedReader::Result result = reader.next();
-            if (result == QzXmlFeedReader::Result::End) break;
+            if (result == QzXmlFeedReader::Result::End) return;
             if (result == QzXmlFeedReader::Result::Node) {
                 trace.push_back(nodeLine(reader));
             } else if (at < document.size()) {
@@ -98,13 +98,7 @@ inline std::vector<std::string> fed(const std::string& document, const QzXmlRead
                 reader.finish();
             }
         }
-        trace.push_back("end");
-    } catch (const QzXmlParseError& e) {
-        trace.push_back(errorLine(e));
-    } catch (const Qzxmsg& e) {
-        trace.push_back(std::string("exception ") + e.why());
-    }
-    return trace;
+    });
 }
 
 // The first line where two traces part, or "" when they agree.

@@ -1,7 +1,9 @@
 #ifndef QZXMLCHARCHECKS_H
 #define QZXMLCHARCHECKS_H
 
+#include <cstddef>
 #include <cstdint>
+#include <string>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -103,6 +105,36 @@ public:
     /// the new end.
     static Byte* normalizeLineEnds(Byte* first, Byte* last);
 
+    /// Appends to out the UTF-8 of count 16-bit units, unit(i) being the i-th: surrogate
+    /// pairs are joined, unpaired surrogates come out as three bytes. Unless whole, a high
+    /// surrogate last waits for the unit after it: returns the number of units taken.
+    template <class Unit>
+    static std::size_t appendUtf16(std::string& out, std::size_t count, Unit unit, bool whole) {
+        std::size_t i = 0;
+        for (; i < count; ++i) {
+            const std::uint32_t u = unit(i);
+            if (u < 0x80) {
+                out += static_cast<char>(u);
+            } else if (u < 0x800) {
+                out += static_cast<char>(0xC0 | (u >> 6));
+                out += static_cast<char>(0x80 | (u & 0x3F));
+            } else if (u >= 0xD800 && u <= 0xDBFF && i + 1 == count && !whole) {
+                break;
+            } else if (u >= 0xD800 && u <= 0xDBFF && i + 1 < count &&
+                       (unit(i + 1) & 0xFC00) == 0xDC00) {
+                const std::uint32_t cp = unit(++i) + ((u - 0xD800) << 10) + 0x2400;
+                out += static_cast<char>(0xF0 | (cp >> 18));
+                out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+                out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+                out += static_cast<char>(0x80 | (cp & 0x3F));
+            } else {
+                out += static_cast<char>(0xE0 | (u >> 12));
+                out += static_cast<char>(0x80 | ((u >> 6) & 0x3F));
+                out += static_cast<char>(0x80 | (u & 0x3F));
+            }
+        }
+        return i;
+    }
     /// The character at p, which must start well-formed UTF-8; p moves past it.
     static std::uint32_t decode(const Byte*& p);
     /// Whether c is allowed in an XML document.

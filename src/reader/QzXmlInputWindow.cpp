@@ -235,30 +235,8 @@ void QzXmlInputWindow::decodeUtf16(Stage& stage, const std::string& bytes, std::
                    : static_cast<std::uint32_t>(p[2 * i + 1] << 8 | p[2 * i]);
     };
     out.reserve(out.size() + in.size());
-    std::size_t i = 0;
-    for (; i < units; ++i) {
-        const std::uint32_t u = unitAt(i);
-        if (u < 0x80) {
-            out += static_cast<char>(u);
-        } else if (u < 0x800) {
-            out += static_cast<char>(0xC0 | (u >> 6));
-            out += static_cast<char>(0x80 | (u & 0x3F));
-        } else if (u >= 0xD800 && u <= 0xDBFF && i + 1 == units && !last) {
-            break;
-        } else if (u >= 0xD800 && u <= 0xDBFF && i + 1 < units &&
-                   (unitAt(i + 1) & 0xFC00) == 0xDC00) {
-            const std::uint32_t cp = unitAt(++i) + ((u - 0xD800) << 10) + 0x2400;
-            out += static_cast<char>(0xF0 | (cp >> 18));
-            out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        } else {
-            out += static_cast<char>(0xE0 | (u >> 12));
-            out += static_cast<char>(0x80 | ((u >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (u & 0x3F));
-        }
-    }
-    in.erase(0, last ? in.size() : 2 * i);
+    const std::size_t taken = QzXmlCharChecks::appendUtf16(out, units, unitAt, last);
+    in.erase(0, last ? in.size() : 2 * taken);
 }
 
 bool QzXmlInputWindow::decodeCharset(Stage& stage, const std::string& bytes, std::string& out,

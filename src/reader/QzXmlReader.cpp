@@ -152,27 +152,8 @@ QzCString toUtf8(const Byte* first, const Byte* last) {
     std::string out;
     if (last <= first) return QzCString(std::move(out));
     out.reserve(last - first);
-    const std::size_t units = (last - first) / 2;
-    for (std::size_t i = 0; i < units; ++i) {
-        const std::uint32_t u = unitAt(first + 2 * i);
-        if (u < 0x80) {
-            out += static_cast<char>(u);
-        } else if (u < 0x800) {
-            out += static_cast<char>(0xC0 | (u >> 6));
-            out += static_cast<char>(0x80 | (u & 0x3F));
-        } else if (u >= 0xD800 && u <= 0xDBFF && i + 1 < units &&
-                   (unitAt(first + 2 * i + 2) & 0xFC00) == 0xDC00) {
-            const std::uint32_t cp = unitAt(first + 2 * ++i) + ((u - 0xD800) << 10) + 0x2400;
-            out += static_cast<char>(0xF0 | (cp >> 18));
-            out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        } else {
-            out += static_cast<char>(0xE0 | (u >> 12));
-            out += static_cast<char>(0x80 | ((u >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (u & 0x3F));
-        }
-    }
+    QzXmlCharChecks::appendUtf16(
+        out, (last - first) / 2, [first](std::size_t i) { return unitAt(first + 2 * i); }, true);
     return QzCString(std::move(out));
 }
 
@@ -384,7 +365,6 @@ void QzXmlReader::readDocument() {
 // then everything the read changed is put back, more input is taken in, and the node is
 // read again. Once the input has all come, reading is exactly the in-memory reading.
 
-
 // The first bytes: enough to see a byte-order mark and the declaration's start.
 void QzXmlReader::takeInitialInput() {
     while (window_->end() - window_->begin() < kLookAhead && pullOnce()) {
@@ -572,26 +552,54 @@ void QzXmlReader::detachOpenNames() {
     errAt(at, window_->error());
 }
 
+// The fields a mark keeps, each with the reader's own: copy(kept, live) copies one way.
+template <class Copy>
+void QzXmlReader::eachNodeField(Copy copy) {
+    StreamMark& m = mark_;
+    copy(m.cursor, cursor_);
+    copy(m.lastTagStart, lastTagStart_);
+    copy(m.depth, depth_);
+    copy(m.nodeType, nodeType_);
+    copy(m.nodePending, nodePending_);
+    copy(m.rootSeen, rootSeen_);
+    copy(m.expandedLength, expandedLength_);
+}
+
+template <class Copy>
+void QzXmlReader::eachPrologField(Copy copy) {
+    StreamMark& m = mark_;
+    copy(m.hasDoctype, hasDoctype_);
+    copy(m.entitiesRelaxed, entitiesRelaxed_);
+    copy(m.skippingDeclarations, skippingDeclarations_);
+    copy(m.encodingDeclared, encodingDeclared_);
+    copy(m.standaloneDeclared, standaloneDeclared_);
+    copy(m.declarationDecoded, declarationDecoded_);
+    copy(m.encodingName, encodingName_);
+    copy(m.declaredVersion, declaredVersion_);
+    copy(m.declaredStandalone, declaredStandalone_);
+}
+
+namespace {
+
+const auto keep = [](auto& kept, const auto& live) { kept = live; };
+const auto putBack = [](const auto& kept, auto& live) { live = kept; };
+
+}  // namespace
+
 void QzXmlReader::markState() {
     window_->mark();
     StreamMark& m = mark_;
-    m.cursor = cursor_;
+    eachNodeField(keep);
     // Outside an entity, the document's buffer and end are the window's.
     if (!frames_.empty() || !m.frames.empty()) {
         m.frames = frames_;
         m.limit = limit_;
         m.buffer = documentBuffer_;
     }
-    m.lastTagStart = lastTagStart_;
-    m.depth = depth_;
-    m.nodeType = nodeType_;
-    m.nodePending = nodePending_;
-    m.rootSeen = rootSeen_;
     m.openNames = openNames_.size();
     if (!openNames_.empty()) m.innermostName = openNames_.back();
     // Only a tag opens or closes a scope.
     m.scopes = *cursor_ == '<' ? namespaceStack_.scopeCount() : SIZE_MAX;
-    m.expandedLength = expandedLength_;
     m.prologSaved = false;
 }
 
@@ -601,16 +609,8 @@ void QzXmlReader::saveProlog() {
     if (!window_ || m.prologSaved) return;
     m.prologSaved = true;
     m.scopes = namespaceStack_.scopeCount();
-    m.hasDoctype = hasDoctype_;
     m.hadDeclarations = doctype_ != nullptr;
-    m.entitiesRelaxed = entitiesRelaxed_;
-    m.skippingDeclarations = skippingDeclarations_;
-    m.encodingDeclared = encodingDeclared_;
-    m.standaloneDeclared = standaloneDeclared_;
-    m.declarationDecoded = declarationDecoded_;
-    m.encodingName = encodingName_;
-    m.declaredVersion = declaredVersion_;
-    m.declaredStandalone = declaredStandalone_;
+    eachPrologField(keep);
 }
 
 void QzXmlReader::restoreState() {
@@ -618,35 +618,16 @@ void QzXmlReader::restoreState() {
     const Byte* oldBegin = nullptr;
     const Byte* oldEnd = nullptr;
     const bool moved = window_->rewind(oldBegin, oldEnd);
-    cursor_ = m.cursor;
+    eachNodeField(putBack);
     frames_ = m.frames;
-    if (frames_.empty()) {
-        limit_ = window_->end();
-        documentBuffer_ = window_->begin();
-    } else {
-        limit_ = m.limit;
-        documentBuffer_ = m.buffer;
-    }
-    lastTagStart_ = m.lastTagStart;
-    depth_ = m.depth;
-    nodeType_ = m.nodeType;
-    nodePending_ = m.nodePending;
-    rootSeen_ = m.rootSeen;
+    limit_ = frames_.empty() ? window_->end() : m.limit;
+    documentBuffer_ = frames_.empty() ? window_->begin() : m.buffer;
     if (openNames_.size() > m.openNames) openNames_.resize(m.openNames);
     if (openNames_.size() < m.openNames) openNames_.push_back(m.innermostName);
     if (m.scopes != SIZE_MAX) namespaceStack_.rewind(m.scopes);
-    expandedLength_ = m.expandedLength;
     if (m.prologSaved) {
-        hasDoctype_ = m.hasDoctype;
+        eachPrologField(putBack);
         if (!m.hadDeclarations) doctype_.reset();
-        entitiesRelaxed_ = m.entitiesRelaxed;
-        skippingDeclarations_ = m.skippingDeclarations;
-        encodingDeclared_ = m.encodingDeclared;
-        standaloneDeclared_ = m.standaloneDeclared;
-        declarationDecoded_ = m.declarationDecoded;
-        encodingName_ = m.encodingName;
-        declaredVersion_ = m.declaredVersion;
-        declaredStandalone_ = m.declaredStandalone;
     }
     // A declaration decoded the window anew: rewinding put its bytes back elsewhere.
     if (moved) moveWindowPointers(oldBegin, oldEnd, window_->begin());
