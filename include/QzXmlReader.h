@@ -171,6 +171,7 @@ private:
     bool eofThroughWindow();
     void readNextNodeThroughWindow();
     void readContentThroughWindow();
+    std::ptrdiff_t lookAheadAfterNode() const;
     void transcodeWindow(const QzCString& encoding);
 
     /// Copies the document and reads its prolog, recording skipped markup in log when given.

@@ -205,3 +205,28 @@ TEST(QzXmlStreaming, ReadElementLargerThanTheChunk) {
         EXPECT_TRUE(reader->isElementNext(reader->getXmlName(QzCString("after"))));
     }
 }
+
+// A fed reader hands out each node once its end has come, without waiting for more input:
+// what a protocol that answers each message before the next one needs.
+TEST(QzXmlStreaming, FedNodesComeAsSoonAsTheyAreWhole) {
+    QzXmlFeedReader reader;
+    std::string seen;
+    const auto drain = [&] {
+        for (QzXmlFeedReader::Result r;
+             (r = reader.next()) != QzXmlFeedReader::Result::NeedInput;) {
+            if (r == QzXmlFeedReader::Result::End) return seen += " End";
+            seen += " " + three_way::nodeLine(reader);
+        }
+        return seen += " |";
+    };
+    const std::string stream = "<stream><msg to='a'>hi</msg>";
+    reader.feed(stream.data(), stream.size());
+    EXPECT_EQ(drain(), " 0 d1 <stream 0 d2 <msg to=[a] 3 d2 [hi] 1 d1 </msg |");
+    reader.feed("<msg", 4);
+    EXPECT_EQ(drain(), " 0 d1 <stream 0 d2 <msg to=[a] 3 d2 [hi] 1 d1 </msg | |");
+    reader.feed("/></stream>", 11);
+    reader.finish();
+    seen.clear();
+    EXPECT_EQ(drain(), " 2 d1 <msg 1 d0 </stream End");
+    EXPECT_EQ(reader.next(), QzXmlFeedReader::Result::End);
+}

@@ -406,7 +406,7 @@ bool QzXmlReader::throughWindow(Read read) {
 [[gnu::noinline]] void QzXmlReader::readNextNodeThroughWindow() {
     throughWindow([this] {
         checked_ ? readNextNodeAs<true>() : readNextNodeAs<false>();
-        if (isTag(nodeType_)) lookAheadNeeded_ = 0;
+        lookAheadNeeded_ = lookAheadAfterNode();
         return true;
     });
 }
@@ -414,8 +414,19 @@ bool QzXmlReader::throughWindow(Read read) {
 [[gnu::noinline]] void QzXmlReader::readContentThroughWindow() {
     throughWindow([this] {
         checked_ ? readContentAs<true>() : readContentAs<false>();
+        lookAheadNeeded_ = lookAheadAfterNode();
         return true;
     });
+}
+
+// What a node just read must leave ahead in the window: nothing after a tag, which ends at
+// its ">"; after a text, the byte after its "<", which tells a tag from markup merged into
+// the text, or more when that is markup.
+std::ptrdiff_t QzXmlReader::lookAheadAfterNode() const {
+    if (isTag(nodeType_)) return 0;
+    const bool tagNext = frames_.empty() && nodeType_ == Content && limit_ - cursor_ >= 2 &&
+                         cursor_[0] == '<' && cursor_[1] != '!' && cursor_[1] != '?';
+    return tagNext ? 2 : kLookAhead;
 }
 
 // Bytes the window holds past the document's cursor.
