@@ -445,11 +445,8 @@ private:
         Byte* cursor = nullptr;
         Byte* limit = nullptr;
         Byte* buffer = nullptr;
-        const Byte* lastTagStart = nullptr;
         std::vector<InputFrame> frames;
         std::int32_t depth = 0;
-        std::int32_t nodeType = NoNode;
-        bool nodePending = false;
         bool rootSeen = false;
         std::size_t openNames = 0;
         std::string_view innermostName;

@@ -563,15 +563,14 @@ void QzXmlReader::detachOpenNames() {
     errAt(at, window_->error());
 }
 
-// The fields a mark keeps, each with the reader's own: copy(kept, live) copies one way.
+// The fields a mark keeps, each with the reader's own: copy(kept, live) copies one way. A
+// read sets the node's kind and the tag's start before it reads them, and takes a pending
+// node before it starts: those need no keeping.
 template <class Copy>
 void QzXmlReader::eachNodeField(Copy copy) {
     StreamMark& m = mark_;
     copy(m.cursor, cursor_);
-    copy(m.lastTagStart, lastTagStart_);
     copy(m.depth, depth_);
-    copy(m.nodeType, nodeType_);
-    copy(m.nodePending, nodePending_);
     copy(m.rootSeen, rootSeen_);
     copy(m.expandedLength, expandedLength_);
 }
