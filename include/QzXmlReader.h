@@ -23,8 +23,10 @@ class QzXmlDoctype;
 class QzXmlInputWindow;
 class QzXmlMarkupLog;
 
-/// Pull parser over one document held in memory. The constructor takes the input, decodes it
-/// to UTF-8 and reads the prolog, leaving the reader on the root element; the caller then
+/// Pull parser over one document, held in memory or read from a stream a chunk at a time (the
+/// stream constructor with options; QzXmlFeedReader takes input as the caller has it). The
+/// constructor takes the input, decodes it to UTF-8 and reads the prolog, leaving the reader
+/// on the root element; the caller then
 /// walks the document with readNextNode or the element operations. Every syntax error throws
 /// QzXmlParseError with the line and column reached (columns count bytes of the UTF-8 text).
 /// A reader is used by one thread at a time and is not copyable.
