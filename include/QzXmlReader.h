@@ -156,6 +156,7 @@ private:
     void topUp();
     void pullMore(std::ptrdiff_t wanted);
     std::ptrdiff_t ahead() const;
+    std::ptrdiff_t retryAhead() const;
     bool mayHaveEnded() const;
     bool pullOnce();
     void moveWindowPointers(const Byte* oldBegin, const Byte* oldEnd, const Byte* newBegin);
@@ -468,10 +469,9 @@ private:
         QzCString declaredStandalone;
     };
     StreamMark mark_;
-    std::ptrdiff_t retryAhead_ = 0;          ///< input ahead the read that ran out waits for
     std::ptrdiff_t topUpAt_ = 32;            ///< input held ahead before each read
     std::ptrdiff_t lookAheadNeeded_ = 0;     ///< what the read just made must leave ahead
-    std::ptrdiff_t triedAhead_ = 0;          ///< input ahead at the last try that ran out
+    std::ptrdiff_t triedAhead_ = -1;         ///< input ahead at the last try that ran out; -1: none
     std::deque<std::string> detachedNames_;  ///< open names whose tags left the window
 };
 

@@ -133,18 +133,27 @@ bool QzXmlInputWindow::transformHeld() {
     return decodeBy(*stages_.back(), rest, held_, flushed_);
 }
 
-bool QzXmlInputWindow::decodeFrom(const Byte* from, const QzCString& encoding) {
-    Stage& stage = addStage(from, false);
-    stage.encoding = encoding;
+QzXmlInputWindow::Decoding QzXmlInputWindow::decodingOf(const QzCString& encoding) {
     std::string upper = encoding.std();
     for (char& c : upper) {
         if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
     }
-    if (upper == "ISO-8859-1") {
+    if (upper == "UTF-8" || upper == "US-ASCII") return Decoding::None;
+    if (upper == "ISO-8859-1") return Decoding::Latin1;
+    if (upper == "UTF-16" || upper == "UTF-16BE") return Decoding::Utf16BE;
+    if (upper == "UTF-16LE") return Decoding::Utf16LE;
+    return Decoding::Charset;
+}
+
+bool QzXmlInputWindow::decodeFrom(const Byte* from, const QzCString& encoding) {
+    Stage& stage = addStage(from, false);
+    stage.encoding = encoding;
+    const Decoding decoding = decodingOf(encoding);
+    if (decoding == Decoding::Latin1) {
         stage.kind = Stage::Latin1;
-    } else if (upper == "UTF-16" || upper == "UTF-16BE") {
+    } else if (decoding == Decoding::Utf16BE) {
         stage.kind = Stage::Utf16BE;
-    } else if (upper == "UTF-16LE") {
+    } else if (decoding == Decoding::Utf16LE) {
         stage.kind = Stage::Utf16LE;
     } else {
         stage.kind = Stage::Charset;

@@ -27,6 +27,12 @@ public:
     QzXmlInputWindow(const QzXmlInputWindow&) = delete;
     QzXmlInputWindow& operator=(const QzXmlInputWindow&) = delete;
 
+    /// How the text an encoding name labels becomes UTF-8.
+    enum class Decoding { None, Latin1, Utf16BE, Utf16LE, Charset };
+    /// The decoding a name asks for, letters in either case: None for UTF-8 and US-ASCII, the
+    /// built-in ones for ISO-8859-1 and UTF-16 (big-endian), UTF-16BE and UTF-16LE, ICU else.
+    static Decoding decodingOf(const QzCString& encoding);
+
     /// Takes in no more than bytes of input: the stream is read no further.
     void limitInput(std::uint64_t bytes) noexcept { inputLimit_ = bytes; }
     /// Queues length bytes of fed input.

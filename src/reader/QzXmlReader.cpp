@@ -378,7 +378,7 @@ bool QzXmlReader::throughWindow(Read read) {
     if (ahead() < topUpAt_) topUp();
     // A read that ran out is tried again only once the input ahead has doubled, so that
     // input fed a byte at a time costs no more than reading it whole.
-    if (ahead() < retryAhead_) pullMore(retryAhead_);
+    if (triedAhead_ >= 0 && ahead() < retryAhead()) pullMore(retryAhead());
     for (;;) {
         if (window_->exhausted()) return read();
         markState();
@@ -386,15 +386,14 @@ bool QzXmlReader::throughWindow(Read read) {
             lookAheadNeeded_ = kLookAhead;
             const bool answer = read();
             if (ahead() >= lookAheadNeeded_) {
-                retryAhead_ = 0;
+                triedAhead_ = -1;
                 return answer;
             }
         } catch (const QzXmlParseError&) {
         }
         restoreState();
         triedAhead_ = ahead();
-        retryAhead_ = 2 * triedAhead_ + kLookAhead;
-        pullMore(retryAhead_);
+        pullMore(retryAhead());
     }
 }
 
@@ -427,6 +426,11 @@ std::ptrdiff_t QzXmlReader::lookAheadAfterNode() const {
     const bool tagNext = frames_.empty() && nodeType_ == Content && limit_ - cursor_ >= 2 &&
                          cursor_[0] == '<' && cursor_[1] != '!' && cursor_[1] != '?';
     return tagNext ? 2 : kLookAhead;
+}
+
+// What a read that ran out waits for: as much again ahead as it had.
+std::ptrdiff_t QzXmlReader::retryAhead() const {
+    return 2 * triedAhead_ + kLookAhead;
 }
 
 // Bytes the window holds past the document's cursor.
@@ -840,22 +844,20 @@ void QzXmlReader::readAndProcessBOM() {
 
 bool QzXmlReader::transcodeDocument(const QzCString& encoding) {
     encodingName_ = encoding;
-    std::string upper = encoding.std();
-    for (char& c : upper) {
-        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-    }
-    if (upper == "UTF-8" || upper == "US-ASCII") return false;
+    using Decoding = QzXmlInputWindow::Decoding;
+    const Decoding decoding = QzXmlInputWindow::decodingOf(encoding);
+    if (decoding == Decoding::None) return false;
     saveRawCopy();
     if (window_) {
         transcodeWindow(encoding);
         rebaseRawCopy();
         return true;
     }
-    if (upper == "ISO-8859-1") {
+    if (decoding == Decoding::Latin1) {
         ownedText_ = transcode8859_1();
-    } else if (upper == "UTF-16" || upper == "UTF-16BE") {
+    } else if (decoding == Decoding::Utf16BE) {
         ownedText_ = transcodeUTF16BE();
-    } else if (upper == "UTF-16LE") {
+    } else if (decoding == Decoding::Utf16LE) {
         ownedText_ = transcodeUTF16LE();
     } else {
         try {
