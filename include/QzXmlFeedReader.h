@@ -10,6 +10,7 @@
 #include "QzCString.h"
 #include "QzXmlAttributeSet.h"
 #include "QzXmlName.h"
+#include "QzXmlNodeView.h"
 #include "QzXmlReader.h"
 #include "QzXmlReaderOptions.h"
 
@@ -46,13 +47,15 @@ public:
     /// Kind of the node read last.
     QzXmlReader::NodeType getNodeType() const noexcept { return reader_->getNodeType(); }
     /// Resolved name of the tag read last.
-    const QzXmlName& getCurrentName() const noexcept { return reader_->getCurrentName(); }
+    const QzXmlName& getCurrentName() const { return reader_->getCurrentName(); }
     /// Attributes of the start tag read last.
-    const QzXmlAttributeSet& getCurrentAttributes() const noexcept {
+    const QzXmlAttributeSet& getCurrentAttributes() const {
         return reader_->getCurrentAttributes();
     }
     /// Text of the content node read last.
-    const QzCString& getValue() const noexcept { return reader_->getValue(); }
+    const QzCString& getValue() const { return reader_->getValue(); }
+    /// The same as views, without a copy; valid until the next call to next().
+    const QzXmlNodeView& getNodeView() const noexcept { return reader_->getNodeView(); }
     /// Number of open elements.
     std::int32_t getDepth() const noexcept { return reader_->getDepth(); }
 

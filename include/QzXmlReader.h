@@ -17,6 +17,7 @@
 #include "QzXmlName.h"
 #include "QzXmlNamespace.h"
 #include "QzXmlNamespaceStack.h"
+#include "QzXmlNodeView.h"
 #include "QzXmlReaderOptions.h"
 
 class QzXmlDoctype;
@@ -109,12 +110,28 @@ public:
 
     /// Kind of the current node.
     NodeType getNodeType() const noexcept { return static_cast<NodeType>(nodeType_); }
-    /// Resolved name of the tag read last.
-    const QzXmlName& getCurrentName() const noexcept { return currentName_; }
+    /// Resolved name of the tag read last. Copied out of the document only when first asked
+    /// for, as are the attributes and the value.
+    const QzXmlName& getCurrentName() const {
+        nameShared_ = true;
+        if (namePending_) fileName();
+        return currentName_;
+    }
     /// Attributes of the start tag read last, namespace declarations included.
-    const QzXmlAttributeSet& getCurrentAttributes() const noexcept { return currentAttributes_; }
+    const QzXmlAttributeSet& getCurrentAttributes() const {
+        attributesShared_ = true;
+        if (attributesPending_) fileAttributes();
+        return currentAttributes_;
+    }
     /// Text of the content node read last.
-    const QzCString& getValue() const noexcept { return value_; }
+    const QzCString& getValue() const {
+        valueShared_ = true;
+        if (valuePending_) fileValue();
+        return value_;
+    }
+    /// The same name, attributes and text as views, without a copy; valid until the next
+    /// read or addNamespace.
+    const QzXmlNodeView& getNodeView() const noexcept { return view_; }
     /// Number of open elements.
     std::int32_t getDepth() const noexcept { return depth_; }
     /// Input encoding, as detected or declared.
@@ -210,7 +227,6 @@ private:
     const Byte* scanNameAs();
     const Byte* scanNameRest(const Byte* start);
     void readName(QzCString& name);
-    void readName(QzXmlName& name);
     std::uint32_t decodeCharacter();
 
     // Prolog.
@@ -258,10 +274,23 @@ private:
     void radixSortHeads(std::size_t first, std::size_t last);
     void sortByComparison(std::size_t first, std::size_t last);
     static int compareNames(const StagedAttribute& a, const StagedAttribute& b);
-    void fileAttribute(QzXmlAttribute& filed, const StagedAttribute& name,
-                       const StagedAttribute& value) const;
-    void resolveName(const char* first, const char* last, QzXmlName& name) const;
     void resolveName(const QzCString& qualifiedName, QzXmlName& name) const;
+
+    // The current node: the view points into the input; the owned accessors copy from it
+    // when first called, and the view is copied aside before what it points into goes.
+    void viewName(const Byte* first, const Byte* last);
+    void viewAttribute(QzXmlAttributeView& view, const StagedAttribute& name,
+                       const StagedAttribute& value);
+    std::string_view uriOf(std::string_view prefix);
+    void viewText(const Byte* first, const Byte* last);
+    void startValue();
+    void settleValue();
+    void attributesChanged();
+    void fileName() const;
+    void fileAttributes() const;
+    void fileValue() const;
+    void detachView();
+    bool currentNameIs(const QzCString& localName, const QzCString& uri) const;
 
     // Character data.
     void readContent();
@@ -322,7 +351,7 @@ private:
     void checkDeclaration(const StagedAttribute& a);
     void checkElementPrefix(const Byte* name, const Byte* nameEnd);
     void checkAttributeNamespaces();
-    const StagedAttribute& stagedNamed(const QzXmlName& name) const;
+    const StagedAttribute& stagedNamed(std::string_view qualifiedName) const;
     [[noreturn]] void errRepeatedAttribute(const char* what);
     void checkStrictEndTag(const Byte* name, const Byte* nameEnd);
     bool strictEof();
@@ -374,9 +403,21 @@ private:
     bool encodingDeclared_ = false;
     bool standaloneDeclared_ = false;
     bool declarationDecoded_ = false;  ///< an XML declaration has had the text converted
-    QzXmlName currentName_;
-    QzCString value_;
-    QzXmlAttributeSet currentAttributes_;
+    mutable QzXmlNodeView view_;
+    mutable QzXmlName currentName_;
+    mutable QzCString value_;
+    mutable QzXmlAttributeSet currentAttributes_;
+    mutable bool namePending_ = false;        ///< currentName_ is still to copy from view_
+    mutable bool attributesPending_ = false;  ///< currentAttributes_ likewise
+    mutable bool valuePending_ = false;       ///< value_ likewise
+    // Once the caller holds one of them by reference, it sees each node as it is read.
+    mutable bool nameShared_ = false;
+    mutable bool attributesShared_ = false;
+    mutable bool valueShared_ = false;
+    bool attributesInScope_ = false;  ///< view_'s attribute URIs lie in namespace scopes
+    QzCString prefixKey_;             ///< the prefix being looked up
+    std::vector<char> viewStore_;     ///< view_'s strings, once their source has gone
+    std::vector<char> spareStore_;    ///< where the next copy is made, from viewStore_ maybe
     std::int32_t nodeType_ = NoNode;
     bool nodePending_ = false;
     bool expandReferences_ = true;

@@ -11,6 +11,8 @@ QzXmlFeedReader::QzXmlFeedReader(const QzXmlReaderOptions& options) {
 QzXmlFeedReader::~QzXmlFeedReader() = default;
 
 void QzXmlFeedReader::feed(const char* data, std::size_t length) {
+    // The window may move as it takes the bytes: the current node is copied aside first.
+    reader_->detachView();
     window_->feed(data, length);
 }
 

@@ -215,6 +215,32 @@ void setBytes(QzCString& target, const QzCString& source) {
     setBytes(target, source.data(), source.length());
 }
 
+void setBytes(QzCString& target, std::string_view source) {
+    setBytes(target, source.data(), source.size());
+}
+
+std::string_view viewOf(const QzCString& text) {
+    return std::string_view(text.data(), text.length());
+}
+
+// Copies strings one after another into a store reserved for them all, so that the views of
+// the copies stay valid as more are made.
+class StoreWriter {
+public:
+    StoreWriter(std::vector<char>& store, std::size_t size) : store_(store) {
+        store_.clear();
+        store_.reserve(size);
+    }
+    std::string_view copy(std::string_view text) {
+        const std::size_t at = store_.size();
+        store_.insert(store_.end(), text.begin(), text.end());
+        return std::string_view(store_.data() + at, text.size());
+    }
+
+private:
+    std::vector<char>& store_;
+};
+
 // Up to the first eight bytes as a big-endian number, zeros after the end: since names hold no
 // zero byte, numbers order as the names do, and only equal numbers need the full comparison.
 std::uint64_t leadingBytes(const char* text, std::size_t length) {
@@ -280,7 +306,6 @@ QzXmlReader::QzXmlReader(std::unique_ptr<QzXmlInputWindow> window,
 }
 
 void QzXmlReader::startDocument() {
-    namespaceStack_.keepClosedScope();
     if (cursor_ == nullptr) {
         documentBuffer_ = cursor_ = window_->begin();
         limit_ = window_->end();
@@ -342,6 +367,8 @@ void QzXmlReader::applyOptions(const QzXmlReaderOptions& options) {
 
 void QzXmlReader::readDocument() {
     saveProlog();
+    // The scope an element closes outlives it by one node: its view may name its URIs.
+    namespaceStack_.keepClosedScope();
     namespaceStack_.pushScope();
     documentLength_ = window_ ? window_->bytesIn() : limit_ - cursor_;
     if (!window_ && documentLength_ > maxDocumentLength_) {
@@ -490,6 +517,7 @@ bool QzXmlReader::pullOnce() {
 // the document's end becomes the window's end.
 void QzXmlReader::moveWindowPointers(const Byte* oldBegin, const Byte* oldEnd,
                                      const Byte* newBegin) {
+    if (oldBegin != newBegin) detachView();
     const auto first = reinterpret_cast<std::uintptr_t>(oldBegin);
     const auto last = reinterpret_cast<std::uintptr_t>(oldEnd);
     const auto move = [&](auto*& p) {
@@ -628,6 +656,8 @@ void QzXmlReader::saveProlog() {
 }
 
 void QzXmlReader::restoreState() {
+    // Rewinding may drop the scope the view's URIs lie in.
+    detachView();
     StreamMark& m = mark_;
     const Byte* oldBegin = nullptr;
     const Byte* oldEnd = nullptr;
@@ -810,11 +840,6 @@ void QzXmlReader::readName(QzCString& name) {
     name.assign(chars(start), cursor_ - start);
 }
 
-void QzXmlReader::readName(QzXmlName& name) {
-    const Byte* start = scanName();
-    resolveName(chars(start), chars(cursor_), name);
-}
-
 // ---------------------------------------------------------------------------------------------
 // Input decoding
 
@@ -848,6 +873,8 @@ bool QzXmlReader::transcodeDocument(const QzCString& encoding) {
     const Decoding decoding = QzXmlInputWindow::decodingOf(encoding);
     if (decoding == Decoding::None) return false;
     saveRawCopy();
+    // The text read so far is about to go.
+    detachView();
     if (window_) {
         transcodeWindow(encoding);
         rebaseRawCopy();
@@ -1077,10 +1104,11 @@ void QzXmlReader::readTagAs() {
         }
     } catch (...) {
         // A tag that fails leaves no attributes behind, as if none had been read.
-        currentAttributes_.clear();
+        view_.attributes_.clear();
+        attributesChanged();
         throw;
     }
-    resolveName(chars(name), chars(nameEnd), currentName_);
+    viewName(name, nameEnd);
     if constexpr (Checked) {
         if (strict_) checkElementPrefix(name, nameEnd);
     }
@@ -1090,6 +1118,9 @@ void QzXmlReader::readTagAs() {
 // Reads the attributes and the closing ">" or "/>", and files the attributes.
 template <bool Checked>
 void QzXmlReader::readTagBodyAs() {
+    view_.attributes_.clear();
+    attributesPending_ = true;
+    attributesInScope_ = false;
     staged_.clear();
     expandedValues_.resize(0);
     for (;;) {
@@ -1130,8 +1161,10 @@ void QzXmlReader::readEndTagAs() {
     if constexpr (Checked) {
         if (strict_) checkStrictEndTag(name, cursor_);
     }
-    resolveName(chars(name), chars(cursor_), currentName_);
+    viewName(name, cursor_);
     readS();
+    // The attributes of the tag read last may name URIs of the scope that goes.
+    if (attributesInScope_) detachView();
     namespaceStack_.popScope();
     if constexpr (Checked) {
         if (strict_ && (atEnd() || *cursor_ != '>')) errExpected(cursor_, "'>' to end the end tag");
@@ -1235,17 +1268,18 @@ void QzXmlReader::commitAttributes() {
     // Equal names sit side by side in document order: the first gives the name, the last the
     // value.
     const std::size_t count = staged_.size();
-    std::vector<QzXmlAttribute>& filed = currentAttributes_.attributes_;
-    filed.resize(count);
+    std::vector<QzXmlAttributeView>& views = view_.attributes_;
+    views.resize(count);
     std::size_t kept = 0;
     for (std::size_t first = 0, last; first < count; first = last) {
         const StagedAttribute& name = staged_[order_[first].index];
         for (last = first + 1;
              last < count && compareNames(name, staged_[order_[last].index]) == 0;)
             ++last;
-        fileAttribute(filed[kept++], name, staged_[order_[last - 1].index]);
+        viewAttribute(views[kept++], name, staged_[order_[last - 1].index]);
     }
-    filed.resize(kept);
+    views.resize(kept);
+    attributesChanged();
 }
 
 // "xmlns" declares the default namespace, "xmlns:p" the prefix p; the first byte turns most
@@ -1379,25 +1413,11 @@ void QzXmlReader::sortByComparison(std::size_t first, std::size_t last) {
               });
 }
 
-void QzXmlReader::fileAttribute(QzXmlAttribute& filed, const StagedAttribute& name,
-                                const StagedAttribute& value) const {
-    QzXmlName& filedName = filed.name_;
-    QzXmlNamespace& ns = filedName.namespace_;
-    const char* text = chars(name.name);
-    setBytes(filedName.localName_, text + name.localStart, name.nameLength - name.localStart);
-    if (name.localStart == 0) {
-        setBytes(ns.prefix_, text, 0);
-        setBytes(ns.uri_, text, 0);
-    } else {
-        setBytes(ns.prefix_, text, name.localStart - 1);
-        setBytes(ns.uri_, namespaceStack_.getURIForPrefix(ns.prefix_));
-    }
-    setBytes(filed.value_, value.valueText, value.valueLength);
-}
-
 // An unknown prefix resolves to the empty URI.
-void QzXmlReader::resolveName(const char* first, const char* last, QzXmlName& name) const {
+void QzXmlReader::resolveName(const QzCString& qualifiedName, QzXmlName& name) const {
     QzXmlNamespace& ns = name.namespace_;
+    const char* first = qualifiedName.data();
+    const char* last = first + qualifiedName.length();
     const char* c = findColon(first, last);
     if (c != last) {
         setBytes(ns.prefix_, first, c - first);
@@ -1409,8 +1429,115 @@ void QzXmlReader::resolveName(const char* first, const char* last, QzXmlName& na
     setBytes(ns.uri_, namespaceStack_.getURIForPrefix(ns.prefix_));
 }
 
-void QzXmlReader::resolveName(const QzCString& qualifiedName, QzXmlName& name) const {
-    resolveName(qualifiedName.data(), qualifiedName.data() + qualifiedName.length(), name);
+// ---------------------------------------------------------------------------------------------
+// The current node, viewed and filed
+
+void QzXmlReader::viewName(const Byte* first, const Byte* last) {
+    const std::string_view name(chars(first), last - first);
+    const char* colon = findColon(name.data(), name.data() + name.size());
+    view_.qualifiedName_ = name;
+    view_.localStart_ = colon != name.data() + name.size() ? colon - name.data() + 1 : 0;
+    view_.uri_ = uriOf(view_.prefix());
+    namePending_ = true;
+    if (nameShared_) fileName();
+}
+
+// An unprefixed attribute is in no namespace; a prefixed one in its prefix's, which the
+// prefix text stood for while the tag was sorted.
+void QzXmlReader::viewAttribute(QzXmlAttributeView& view, const StagedAttribute& name,
+                                const StagedAttribute& value) {
+    const std::string_view qualified(chars(name.name), name.nameLength);
+    view.qualifiedName = qualified;
+    view.prefix = qualified.substr(0, name.localStart != 0 ? name.localStart - 1 : 0);
+    view.localName = qualified.substr(name.localStart);
+    view.uri = name.localStart != 0 ? uriOf(view.prefix) : std::string_view();
+    view.value = std::string_view(value.valueText, value.valueLength);
+    attributesInScope_ = attributesInScope_ || !view.uri.empty();
+}
+
+// The URI lies in the namespace scopes: valid until its scope closes and the next one does.
+std::string_view QzXmlReader::uriOf(std::string_view prefix) {
+    setBytes(prefixKey_, prefix);
+    return viewOf(namespaceStack_.getURIForPrefix(prefixKey_));
+}
+
+void QzXmlReader::viewText(const Byte* first, const Byte* last) {
+    view_.text_ = std::string_view(chars(first), last - first);
+    valuePending_ = true;
+    if (valueShared_) fileValue();
+}
+
+void QzXmlReader::attributesChanged() {
+    attributesPending_ = true;
+    if (attributesShared_) fileAttributes();
+}
+
+// A text that needs building is built in value_, which the view shows once it is done.
+void QzXmlReader::startValue() {
+    value_.resize(0);
+    view_.text_ = std::string_view();
+    valuePending_ = false;
+}
+
+void QzXmlReader::settleValue() {
+    view_.text_ = viewOf(value_);
+    valuePending_ = false;
+}
+
+void QzXmlReader::fileName() const {
+    QzXmlNamespace& ns = currentName_.namespace_;
+    setBytes(ns.prefix_, view_.prefix());
+    setBytes(currentName_.localName_, view_.localName());
+    setBytes(ns.uri_, view_.uri_);
+    namePending_ = false;
+}
+
+void QzXmlReader::fileAttributes() const {
+    std::vector<QzXmlAttribute>& filed = currentAttributes_.attributes_;
+    filed.resize(view_.attributes_.size());
+    for (std::size_t i = 0; i < filed.size(); ++i) {
+        const QzXmlAttributeView& view = view_.attributes_[i];
+        QzXmlName& name = filed[i].name_;
+        setBytes(name.localName_, view.localName);
+        setBytes(name.namespace_.prefix_, view.prefix);
+        setBytes(name.namespace_.uri_, view.uri);
+        setBytes(filed[i].value_, view.value);
+    }
+    attributesPending_ = false;
+}
+
+// The view then shows value_, which stays as it is until the next text.
+void QzXmlReader::fileValue() const {
+    setBytes(value_, view_.text_);
+    view_.text_ = viewOf(value_);
+    valuePending_ = false;
+}
+
+// Copies the view's name and attributes into a store of its own, and its text into value_,
+// before what they point into moves or goes.
+void QzXmlReader::detachView() {
+    if (valuePending_) fileValue();
+    std::size_t size = view_.qualifiedName_.size() + view_.uri_.size();
+    for (const QzXmlAttributeView& a : view_.attributes_)
+        size += a.qualifiedName.size() + a.uri.size() + a.value.size();
+    // The view may point into viewStore_ itself: the copy goes to the other store.
+    StoreWriter store(spareStore_, size);
+    view_.qualifiedName_ = store.copy(view_.qualifiedName_);
+    view_.uri_ = store.copy(view_.uri_);
+    for (QzXmlAttributeView& a : view_.attributes_) {
+        const std::size_t localStart = a.qualifiedName.size() - a.localName.size();
+        a.qualifiedName = store.copy(a.qualifiedName);
+        a.prefix = a.qualifiedName.substr(0, a.prefix.size());
+        a.localName = a.qualifiedName.substr(localStart);
+        a.uri = store.copy(a.uri);
+        a.value = store.copy(a.value);
+    }
+    viewStore_.swap(spareStore_);
+    attributesInScope_ = false;
+}
+
+bool QzXmlReader::currentNameIs(const QzCString& localName, const QzCString& uri) const {
+    return view_.localName() == viewOf(localName) && view_.uri_ == viewOf(uri);
 }
 
 QzXmlName QzXmlReader::getXmlName(const QzCString& qualifiedName) const {
@@ -1420,6 +1547,8 @@ QzXmlName QzXmlReader::getXmlName(const QzCString& qualifiedName) const {
 }
 
 void QzXmlReader::addNamespace(const QzXmlNamespace& ns) {
+    // The scope may grow and move the URIs the view shows.
+    detachView();
     namespaceStack_.addNamespace(ns);
 }
 
@@ -1455,11 +1584,11 @@ void QzXmlReader::readContentAs() {
     // Most texts run straight to the next tag.
     if (limit_ - stop >= 2 && stop[0] == '<' && stop[1] != '?' && stop[1] != '!') {
         if constexpr (Checked) checkTextLength(cursor_, stop - cursor_);
-        setBytes(value_, chars(cursor_), stop - cursor_);
+        viewText(cursor_, stop);
         cursor_ = stop;
         return;
     }
-    value_.resize(0);
+    startValue();
     [[maybe_unused]] const Byte* start = cursor_;
     for (;; stop = findStop(cursor_, limit_, kContentStop)) {
         value_.append(chars(cursor_), stop - cursor_);
@@ -1475,6 +1604,7 @@ void QzXmlReader::readContentAs() {
             value_ += '\n';
         } else if (!readMarkupInContent()) {
             if constexpr (Checked) checkTextLength(start, value_.length());
+            settleValue();
             return;
         }
     }
@@ -1632,14 +1762,14 @@ void QzXmlReader::readNodeAfterText() {
 
 // Local names must be equal; an empty wanted URI stands for the URI of the wanted prefix.
 bool QzXmlReader::matches(const QzXmlName& name) const {
-    if (name.getLocalName() != currentName_.getLocalName()) return false;
+    if (view_.localName() != viewOf(name.getLocalName())) return false;
     const QzCString& uri =
         name.getURI().empty() ? namespaceStack_.getURIForPrefix(name.getPrefix()) : name.getURI();
-    return uri == currentName_.getURI();
+    return view_.uri_ == viewOf(uri);
 }
 
 void QzXmlReader::errExpected(const QzXmlName& wanted) const {
-    err(kExpected + wanted.asString() + kFound + currentName_.asString());
+    err(kExpected + wanted.asString() + kFound + getCurrentName().asString());
 }
 
 bool QzXmlReader::isElementNext(const QzXmlName& name) {
@@ -1663,7 +1793,7 @@ void QzXmlReader::readElementStart() {
 const QzXmlAttributeSet& QzXmlReader::readElementStart(const QzXmlName& name) {
     readElementStart();
     if (!matches(name)) errExpected(name);
-    return currentAttributes_;
+    return getCurrentAttributes();
 }
 
 const QzXmlAttributeSet& QzXmlReader::readElementStart(const QzCString& name) {
@@ -1673,10 +1803,11 @@ const QzXmlAttributeSet& QzXmlReader::readElementStart(const QzCString& name) {
 const QzCString& QzXmlReader::readElementValue() {
     if (nodeType_ == EmptyElement) {
         value_.resize(0);
+        settleValue();
     } else {
         readContent();
     }
-    return value_;
+    return getValue();
 }
 
 void QzXmlReader::readElementEnd() {
@@ -1695,7 +1826,7 @@ void QzXmlReader::readElementEnd() {
 
 void QzXmlReader::readElementEnd(const QzXmlName& name) {
     readElementEnd();
-    if (name != currentName_) errExpected(name);
+    if (!currentNameIs(name.getLocalName(), name.getURI())) errExpected(name);
 }
 
 void QzXmlReader::readElementEnd(const QzCString& name) {
@@ -1706,9 +1837,9 @@ void QzXmlReader::readElementEnd(const QzCString& name) {
 // from its parts: values as stored, nothing escaped, a blank after every attribute.
 QzCString QzXmlReader::rebuildStartTag() const {
     QzCString tag("<");
-    tag += currentName_.asString();
+    tag += getCurrentName().asString();
     tag += ' ';
-    for (const QzXmlAttribute& attribute : currentAttributes_) {
+    for (const QzXmlAttribute& attribute : getCurrentAttributes()) {
         tag += attribute.getName().asString();
         tag += "=\"";
         tag += attribute.getValue();
@@ -1729,6 +1860,7 @@ QzCString QzXmlReader::readElement(const QzXmlName& name) {
     if (nodeType_ != StartTag && nodeType_ != EmptyElement) {
         nodePending_ = true;
         value_.resize(0);
+        settleValue();
         return QzCString();
     }
     QzCString result;
@@ -1739,23 +1871,35 @@ QzCString QzXmlReader::readElement(const QzXmlName& name) {
     if (name != NullName && !matches(name)) errExpected(name);
     if (nodeType_ == EmptyElement) {
         value_.resize(0);
+        settleValue();
         return result;
     }
-    QzXmlAttributeSet keptAttributes = currentAttributes_;
-    const QzXmlName keptName = currentName_;
+    // The element's attributes are its own again at the end, as owned strings and views.
+    QzXmlAttributeSet keptAttributes = getCurrentAttributes();
+    detachView();
+    std::vector<char> keptStore;
+    keptStore.swap(viewStore_);
+    std::vector<QzXmlAttributeView> keptViews;
+    keptViews.swap(view_.attributes_);
+    const QzXmlName keptName = getCurrentName();
     copy.inner = cursor_;
     for (std::int64_t nesting = 1; nesting > 0;) {
         readNextNode();
         if (nodeType_ == NoNode) err("Unexpected EOF looking for closing tag.");
-        if (nodeType_ == EndTag && currentName_ == keptName) {
+        if (nodeType_ == EndTag && currentNameIs(keptName.getLocalName(), keptName.getURI())) {
             --nesting;
-        } else if (nodeType_ == StartTag && currentName_ == keptName) {
+        } else if (nodeType_ == StartTag &&
+                   currentNameIs(keptName.getLocalName(), keptName.getURI())) {
             ++nesting;
         }
     }
     currentAttributes_ = std::move(keptAttributes);
+    attributesPending_ = false;
+    view_.attributes_.swap(keptViews);
+    detachView();
     value_.assign(copy.innerSaved);
     value_.append(chars(copy.inner), lastTagStart_ - copy.inner);
+    settleValue();
     result += copy.saved;
     result.append(chars(copy.start), cursor_ - copy.start);
     return result;
@@ -2608,7 +2752,7 @@ void QzXmlReader::checkStrictTag(const Byte* name, const Byte* nameEnd) {
         defaultDeclarations += a.localStart == 0;
     }
     // Filing merged attributes of one name: fewer were filed than read.
-    if (currentAttributes_.size() != staged_.size() || defaultDeclarations > 1) {
+    if (view_.attributes_.size() != staged_.size() || defaultDeclarations > 1) {
         errRepeatedAttribute("the name");
     }
     checkAttributeNamespaces();
@@ -2619,52 +2763,47 @@ void QzXmlReader::checkStrictTag(const Byte* name, const Byte* nameEnd) {
 
 // After the name is resolved: a prefix must be declared, and is never xmlns.
 void QzXmlReader::checkElementPrefix(const Byte* name, const Byte* nameEnd) {
-    const QzCString& prefix = currentName_.getPrefix();
+    const std::string_view prefix = view_.prefix();
     // Split at its first colon, the name is a qualified name when nothing is left over.
     if (prefix.empty()) {
         if (*name == ':') checkQName(name, nameEnd, "element");
         return;
     }
-    checkQName(name, nameEnd, prefix.length() + 1, "element");
-    if (isXmlns(prefix.data(), prefix.length())) {
+    checkQName(name, nameEnd, prefix.size() + 1, "element");
+    if (isXmlns(prefix.data(), prefix.size())) {
         errAt(name, "The prefix 'xmlns' is reserved for namespace declarations");
     }
-    if (currentName_.getURI().empty()) {
-        errAt(name, "The namespace prefix '" + prefix + "' of element '" +
-                        currentName_.getQualifiedName() + "' is not declared");
+    if (view_.uri_.empty()) {
+        errAt(name, "The namespace prefix '" + QzCString(std::string(prefix)) + "' of element '" +
+                        QzCString(std::string(view_.qualifiedName_)) + "' is not declared");
     }
 }
 
 // The filed attributes, sorted by local name: prefixes must be declared, and no two share a
 // namespace and a local name.
 void QzXmlReader::checkAttributeNamespaces() {
-    const std::vector<QzXmlAttribute>& filed = currentAttributes_.attributes_;
+    const std::vector<QzXmlAttributeView>& filed = view_.attributes_;
     for (std::size_t i = 0; i < filed.size(); ++i) {
-        const QzXmlName& name = filed[i].getName();
-        const QzCString& prefix = name.getPrefix();
-        if (prefix.empty() || isXmlns(prefix.data(), prefix.length())) continue;
-        if (name.getURI().empty()) {
-            errAt(placeOf(stagedNamed(name)), "The namespace prefix '" + prefix +
-                                                  "' of attribute '" + name.getQualifiedName() +
-                                                  "' is not declared");
+        const QzXmlAttributeView& a = filed[i];
+        if (a.prefix.empty() || isXmlns(a.prefix.data(), a.prefix.size())) continue;
+        if (a.uri.empty()) {
+            errAt(placeOf(stagedNamed(a.qualifiedName)),
+                  "The namespace prefix '" + QzCString(std::string(a.prefix)) + "' of attribute '" +
+                      QzCString(std::string(a.qualifiedName)) + "' is not declared");
         }
-        for (std::size_t j = i + 1;
-             j < filed.size() && filed[j].getName().getLocalName() == name.getLocalName(); ++j) {
-            const QzXmlName& other = filed[j].getName();
-            const QzCString& otherPrefix = other.getPrefix();
-            if (other.getURI() == name.getURI() &&
-                !isXmlns(otherPrefix.data(), otherPrefix.length())) {
+        for (std::size_t j = i + 1; j < filed.size() && filed[j].localName == a.localName; ++j) {
+            const QzXmlAttributeView& other = filed[j];
+            if (other.uri == a.uri && !isXmlns(other.prefix.data(), other.prefix.size())) {
                 errRepeatedAttribute("the namespace and local name");
             }
         }
     }
 }
 
-// The staged attribute filed under name (prefix and local name as written).
-const QzXmlReader::StagedAttribute& QzXmlReader::stagedNamed(const QzXmlName& name) const {
-    const QzCString qualified = name.getQualifiedName();
+// The staged attribute filed under qualifiedName.
+const QzXmlReader::StagedAttribute& QzXmlReader::stagedNamed(std::string_view qualifiedName) const {
     for (const StagedAttribute& a : staged_) {
-        if (qualified == QzCString(chars(a.name), a.nameLength)) return a;
+        if (qualifiedName == std::string_view(chars(a.name), a.nameLength)) return a;
     }
     return staged_.front();
 }
@@ -2867,7 +3006,7 @@ void QzXmlReader::readStrictContent() {
     if (depth_ > 0 && limit_ - blank >= 2 && blank[0] == '<' && blank[1] != '?' &&
         blank[1] != '!') {
         checkTextLength(start, blank - cursor_);
-        setBytes(value_, chars(cursor_), blank - cursor_);
+        viewText(cursor_, blank);
         cursor_ = const_cast<Byte*>(blank);
         return;
     }
@@ -2875,11 +3014,11 @@ void QzXmlReader::readStrictContent() {
     // Most texts run straight to the next tag, as in the lenient reader.
     if (depth_ > 0 && limit_ - stop >= 2 && stop[0] == '<' && stop[1] != '?' && stop[1] != '!') {
         checkTextLength(start, stop - cursor_);
-        setBytes(value_, chars(cursor_), stop - cursor_);
+        viewText(cursor_, stop);
         cursor_ = stop;
         return;
     }
-    value_.resize(0);
+    startValue();
     for (;; stop = scanStrictText(cursor_)) {
         value_.append(chars(cursor_), stop - cursor_);
         cursor_ = stop;
@@ -2898,6 +3037,7 @@ void QzXmlReader::readStrictContent() {
             break;
         }
     }
+    settleValue();
     if (depth_ == 0 && !QzXmlUtils::stripWhiteSpaceAndNewlines(value_, QzCString::both).empty()) {
         errAt(start, "Text is not allowed outside the root element");
     }
