@@ -1,6 +1,7 @@
 // The streaming reader and the fed reader against the in-memory reader: every document of
 // the tests and of the W3C suite, strict and lenient, read in chunks and fed in pieces of
-// 1, 2, 3, 7, 64 and 4096 bytes, gives the same nodes, values, errors, lines and columns.
+// 1, 2, 3, 7, 64 and 4096 bytes, gives the same nodes, values, errors, lines and columns,
+// read through the owned accessors or through node views.
 #include <gtest/gtest.h>
 
 #include <dirent.h>
@@ -12,6 +13,8 @@
 #include "ThreeWayReading.h"
 
 namespace {
+
+using three_way::Access;
 
 const std::size_t kSizes[] = {1, 2, 3, 7, 64, 4096};
 
@@ -40,11 +43,19 @@ int checkDocument(const std::string& name, const std::string& document) {
     int failures = 0;
     for (const bool strict : {false, true}) {
         const std::vector<std::string> expected = three_way::inMemory(document, mode(strict));
+        const std::string viewed = three_way::firstDifference(
+            expected, three_way::inMemory(document, mode(strict), Access::Views));
+        if (!viewed.empty()) {
+            ++failures;
+            ADD_FAILURE() << name << (strict ? " strict" : " lenient") << " viewed: " << viewed;
+        }
         for (const std::size_t size : kSizes) {
             for (const bool feeding : {false, true}) {
+                // Half the readings go through views: small chunks streamed, larger ones fed.
+                const Access access = feeding == (size % 2 == 0) ? Access::Views : Access::Owned;
                 const std::vector<std::string> got =
-                    feeding ? three_way::fed(document, mode(strict), size)
-                            : three_way::streamed(document, mode(strict), size);
+                    feeding ? three_way::fed(document, mode(strict), size, access)
+                            : three_way::streamed(document, mode(strict), size, access);
                 if (reportedWhereMet(expected)) {
                     const auto message = [](const std::string& line) {
                         return line.substr(line.find(' ', 6));
@@ -215,18 +226,19 @@ TEST(QzXmlStreaming, FedNodesComeAsSoonAsTheyAreWhole) {
         for (QzXmlFeedReader::Result r;
              (r = reader.next()) != QzXmlFeedReader::Result::NeedInput;) {
             if (r == QzXmlFeedReader::Result::End) return seen += " End";
-            seen += " " + three_way::nodeLine(reader);
+            seen += " " + three_way::nodeLine(reader, Access::Views);
         }
         return seen += " |";
     };
     const std::string stream = "<stream><msg to='a'>hi</msg>";
     reader.feed(stream.data(), stream.size());
-    EXPECT_EQ(drain(), " 0 d1 <stream 0 d2 <msg to=[a] 3 d2 [hi] 1 d1 </msg |");
+    const std::string first = " 0 d1 <stream{} 0 d2 <msg{} to{}=[a] 3 d2 [hi] 1 d1 </msg{} |";
+    EXPECT_EQ(drain(), first);
     reader.feed("<msg", 4);
-    EXPECT_EQ(drain(), " 0 d1 <stream 0 d2 <msg to=[a] 3 d2 [hi] 1 d1 </msg | |");
+    EXPECT_EQ(drain(), first + " |");
     reader.feed("/></stream>", 11);
     reader.finish();
     seen.clear();
-    EXPECT_EQ(drain(), " 2 d1 <msg 1 d0 </stream End");
+    EXPECT_EQ(drain(), " 2 d1 <msg{} 1 d0 </stream{} End");
     EXPECT_EQ(reader.next(), QzXmlFeedReader::Result::End);
 }
