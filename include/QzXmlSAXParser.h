@@ -9,10 +9,12 @@
 #include "QzXmlReaderOptions.h"
 
 class QzXmlContentHandler;
+class QzXmlViewHandler;
 class QzXmlReader;
 
 /// Event parser: reads a whole document with a QzXmlReader and reports its declaration,
-/// tags and text to a QzXmlContentHandler in document order.
+/// tags and text to a QzXmlContentHandler, or as views to a QzXmlViewHandler, in document
+/// order.
 class QZXML_API QzXmlSAXParser {
 public:
     /// No handler; references in attribute values are expanded.
@@ -22,6 +24,11 @@ public:
     void setContentHandler(QzXmlContentHandler* handler) noexcept { contentHandler_ = handler; }
     /// The handler set last, or null.
     QzXmlContentHandler* getContentHandler() const noexcept { return contentHandler_; }
+    /// Sets a handler that gets the same events as views, without copies (not owned; null
+    /// reports nothing). Both handlers may be set: the content handler hears each event first.
+    void setViewHandler(QzXmlViewHandler* handler) noexcept { viewHandler_ = handler; }
+    /// The view handler set last, or null.
+    QzXmlViewHandler* getViewHandler() const noexcept { return viewHandler_; }
     /// Whether references in attribute values are expanded (true by default).
     bool getExpandReferences() const noexcept { return expandReferences_; }
     /// When false, an "&" in an attribute value is passed on literally.
@@ -45,6 +52,7 @@ private:
     void report(QzXmlReader& reader);
 
     QzXmlContentHandler* contentHandler_ = nullptr;
+    QzXmlViewHandler* viewHandler_ = nullptr;
     bool expandReferences_ = true;
     QzXmlReaderOptions readerOptions_;
 };

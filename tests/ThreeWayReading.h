@@ -23,8 +23,7 @@ namespace three_way {
 // (the owned strings are then never filed).
 enum class Access { Owned, Views };
 
-inline std::string nameText(std::string_view prefix, std::string_view local,
-                            std::string_view uri) {
+inline std::string nameText(std::string_view prefix, std::string_view local, std::string_view uri) {
     std::string text = prefix.empty() ? std::string() : std::string(prefix) + ":";
     return text + std::string(local) + "{" + std::string(uri) + "}";
 }

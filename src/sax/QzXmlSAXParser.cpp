@@ -1,12 +1,13 @@
 #include "QzXmlSAXParser.h"
 
-#include <cstring>
+#include <string_view>
 #include <vector>
 
 #include "QzXmlContentHandler.h"
 #include "QzXmlParseError.h"
 #include "QzXmlProlog.h"
 #include "QzXmlReader.h"
+#include "QzXmlViewHandler.h"
 
 namespace {
 
@@ -28,23 +29,23 @@ void reportProlog(const QzXmlReader& reader, QzXmlContentHandler& handler) {
 // its local name), so that a deeply nested document costs a few bytes a level, not a name.
 class OpenNames {
 public:
-    void push(const QzXmlName& name) {
-        const QzCString& uri = name.getURI();
-        const QzCString& local = name.getLocalName();
-        starts_.push_back({text_.size(), text_.size() + uri.length()});
-        text_.insert(text_.end(), uri.data(), uri.data() + uri.length());
-        text_.insert(text_.end(), local.data(), local.data() + local.length());
+    void push(const QzXmlNodeView& element) {
+        const std::string_view uri = element.uri();
+        const std::string_view local = element.localName();
+        starts_.push_back({text_.size(), text_.size() + uri.size()});
+        text_.insert(text_.end(), uri.begin(), uri.end());
+        text_.insert(text_.end(), local.begin(), local.end());
     }
     void pop() {
         text_.resize(starts_.back().uri);
         starts_.pop_back();
     }
-    // Whether name (by local name and URI) is the innermost open element.
-    bool innermostIs(const QzXmlName& name) const {
+    // Whether element (by local name and URI) is the innermost open element.
+    bool innermostIs(const QzXmlNodeView& element) const {
         if (starts_.empty()) return false;
         const Start& top = starts_.back();
-        return holds(top.uri, top.local, name.getURI()) &&
-               holds(top.local, text_.size(), name.getLocalName());
+        return holds(top.uri, top.local, element.uri()) &&
+               holds(top.local, text_.size(), element.localName());
     }
 
 private:
@@ -52,9 +53,8 @@ private:
         std::size_t uri;
         std::size_t local;
     };
-    bool holds(std::size_t first, std::size_t last, const QzCString& text) const {
-        return last - first == text.length() &&
-               (text.empty() || std::memcmp(text_.data() + first, text.data(), text.length()) == 0);
+    bool holds(std::size_t first, std::size_t last, std::string_view text) const {
+        return std::string_view(text_.data() + first, last - first) == text;
     }
     // A plain byte vector: its appends and truncations are inlined, unlike a string's.
     std::vector<char> text_;
@@ -75,36 +75,46 @@ void QzXmlSAXParser::parse(std::istream& input) {
     report(reader);
 }
 
+// Each event goes to the content handler (owned names and strings), then to the view handler.
 void QzXmlSAXParser::report(QzXmlReader& reader) {
     reader.setExpandReferences(expandReferences_);
     if (contentHandler_ && !reader.getDeclaredVersion().empty()) {
         reportProlog(reader, *contentHandler_);
     }
+    const QzXmlNodeView& view = reader.getNodeView();
+    const auto start = [&] {
+        if (contentHandler_)
+            contentHandler_->startElement(reader.getCurrentName(), reader.getCurrentAttributes());
+        if (viewHandler_) viewHandler_->startElement(view);
+    };
+    const auto end = [&] {
+        if (contentHandler_) contentHandler_->endElement(reader.getCurrentName());
+        if (viewHandler_) viewHandler_->endElement(view);
+    };
     OpenNames open;
     while (!reader.eof()) {
         reader.readNextNode();
-        const QzXmlName& name = reader.getCurrentName();
         switch (reader.getNodeType()) {
             case QzXmlReader::StartTag:
-                open.push(name);
-                if (contentHandler_)
-                    contentHandler_->startElement(name, reader.getCurrentAttributes());
+                open.push(view);
+                start();
                 break;
             case QzXmlReader::EmptyElement:
-                if (contentHandler_)
-                    contentHandler_->startElement(name, reader.getCurrentAttributes());
-                if (contentHandler_) contentHandler_->endElement(name);
+                start();
+                end();
                 break;
             case QzXmlReader::EndTag:
                 // An end tag with nothing open is as unmatched as one closing the wrong element.
-                if (!open.innermostIs(name)) {
-                    reader.err(QzCString("Unmatched start tag for ") + name.asString());
+                if (!open.innermostIs(view)) {
+                    reader.err(QzCString("Unmatched start tag for ") +
+                               reader.getCurrentName().asString());
                 }
                 open.pop();
-                if (contentHandler_) contentHandler_->endElement(name);
+                end();
                 break;
             case QzXmlReader::Content:
                 if (contentHandler_) contentHandler_->characters(reader.getValue());
+                if (viewHandler_) viewHandler_->characters(view.text());
                 break;
             default:
                 return;

@@ -1,0 +1,3 @@
+#include "QzXmlViewHandler.h"
+
+QzXmlViewHandler::~QzXmlViewHandler() = default;
