@@ -499,6 +499,8 @@ bool QzXmlReader::mayHaveEnded() const {
 // One pull, the pointers into the window moved along; the document length limit is checked
 // as the input comes.
 bool QzXmlReader::pullOnce() {
+    // The window may move as it grows.
+    detachView();
     const Byte* oldBegin = window_->begin();
     const Byte* oldEnd = window_->end();
     const bool pulled = window_->pull();
@@ -517,7 +519,6 @@ bool QzXmlReader::pullOnce() {
 // the document's end becomes the window's end.
 void QzXmlReader::moveWindowPointers(const Byte* oldBegin, const Byte* oldEnd,
                                      const Byte* newBegin) {
-    if (oldBegin != newBegin) detachView();
     const auto first = reinterpret_cast<std::uintptr_t>(oldBegin);
     const auto last = reinterpret_cast<std::uintptr_t>(oldEnd);
     const auto move = [&](auto*& p) {
@@ -567,6 +568,7 @@ void QzXmlReader::releaseConsumed() {
     // Not worth moving the bytes for less than half of what is held.
     if (keep - window_->begin() < (window_->end() - window_->begin()) / 2) return;
     detachOpenNames();
+    detachView();
     const Byte* oldBegin = window_->begin();
     const Byte* oldEnd = window_->end();
     window_->release(keep);
