@@ -4,6 +4,7 @@
 
 #include "EventStream.h"
 #include "QzXmlContentHandler.h"
+#include "QzXmlNodeView.h"
 #include "QzXmlReader.h"
 #include "QzXmlReaderOptions.h"
 #include "QzXmlSAXParser.h"
@@ -27,15 +28,35 @@ std::uint64_t tagLength(const QzXmlName& name, const QzXmlAttributeSet& attribut
     return sum;
 }
 
-// Lenient or strict by its options; both walk and count alike, so that their ratio is the
-// cost of the checks alone.
+std::uint64_t nameLength(const QzXmlNodeView& node) {
+    return node.localName().size() + node.uri().size();
+}
+
+// The same sums through node views, without a copy.
+std::uint64_t tagLength(const QzXmlNodeView& node) {
+    std::uint64_t sum = nameLength(node);
+    for (std::size_t i = 0; i < node.attributeCount(); ++i) {
+        const QzXmlAttributeView& a = node.attribute(i);
+        sum += a.localName.size() + a.uri.size() + a.value.size();
+    }
+    return sum;
+}
+
+// Lenient or strict by its options, through the owned accessors or the node views; all walk
+// and count alike, so that their ratios are the cost of the checks or of the copies alone.
 class ReaderWorkload : public Workload {
 public:
-    explicit ReaderWorkload(const QzXmlReaderOptions& options = {}) : options_(options) {}
+    explicit ReaderWorkload(const QzXmlReaderOptions& options = {}, bool views = false)
+        : options_(options), views_(views) {}
     void load(const Document& document) override { input_.assign(document); }
     void prepare() override { input_.restore(); }
     std::uint64_t run() override {
         QzXmlReader reader(input_.bytes(), input_.size(), options_);
+        return views_ ? walkViews(reader) : walkOwned(reader);
+    }
+
+private:
+    static std::uint64_t walkOwned(QzXmlReader& reader) {
         std::uint64_t sum = 0;
         while (!reader.eof()) {
             reader.readNextNode();
@@ -53,9 +74,28 @@ public:
         }
         return sum;
     }
+    static std::uint64_t walkViews(QzXmlReader& reader) {
+        const QzXmlNodeView& node = reader.getNodeView();
+        std::uint64_t sum = 0;
+        while (!reader.eof()) {
+            reader.readNextNode();
+            switch (reader.getNodeType()) {
+                case QzXmlReader::StartTag:
+                case QzXmlReader::EmptyElement:
+                    sum += tagLength(node);
+                    break;
+                case QzXmlReader::Content:
+                    sum += node.text().size();
+                    break;
+                default:
+                    break;
+            }
+        }
+        return sum;
+    }
 
-private:
     QzXmlReaderOptions options_;
+    bool views_;
     InputCopy input_;
 };
 
@@ -141,15 +181,17 @@ private:
 }  // namespace
 
 std::vector<WorkloadEntry> qzxmlWorkloads() {
-    const auto strictReader = [] {
-        QzXmlReaderOptions options;
-        options.strict = true;
-        // The deep corpus nests past the strict default; libxml2 reads it with XML_PARSE_HUGE.
-        options.maxDepth = 0;
-        return std::make_unique<ReaderWorkload>(options);
+    // The deep corpus nests past the strict default; libxml2 reads it with XML_PARSE_HUGE.
+    QzXmlReaderOptions strict;
+    strict.strict = true;
+    strict.maxDepth = 0;
+    const auto reader = [](const QzXmlReaderOptions& options, bool views) {
+        return [options, views] { return std::make_unique<ReaderWorkload>(options, views); };
     };
-    return {makeEntry<ReaderWorkload>("qz-reader", "qzxml reader"),
-            {"qz-strict", "qzxml strict reader", false, strictReader},
+    return {{"qz-reader", "qzxml reader", false, reader({}, false)},
+            {"qz-views", "qzxml reader, views", false, reader({}, true)},
+            {"qz-strict", "qzxml strict reader", false, reader(strict, false)},
+            {"qz-strict-views", "qzxml strict reader, views", false, reader(strict, true)},
             makeEntry<EventParserWorkload>("qz-events", "qzxml event parser"),
             makeEntry<CompareWorkload>("qz-compare", "qzxml compareXml"),
             makeEntry<WriterWorkload>("qz-writer", "qzxml string writer", true)};
