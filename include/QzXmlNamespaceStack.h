@@ -1,8 +1,11 @@
 #ifndef QZXMLNAMESPACESTACK_H
 #define QZXMLNAMESPACESTACK_H
 
+#include <array>
+#include <cstdint>
 #include <deque>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "QzCString.h"
@@ -65,6 +68,14 @@ private:
     void shareAll() const;
     std::shared_ptr<Scope> newScope();
     const QzCString& walk(const QzCString& key, KeyOf keyOf, KeyOf answerOf) const;
+    /// getURIForPrefix without making the prefix a string first.
+    const QzCString& uriForPrefix(std::string_view prefix) const;
+    const QzCString& lookUp(std::string_view prefix) const;
+    static std::size_t slotOf(std::string_view prefix) noexcept;
+    void forgetAnswers() const noexcept;
+    /// Whether closing the innermost scope now lets go of declarations (the scope kept aside
+    /// before it), which strings pointing into scopes must not outlive.
+    bool closingDropsDeclarations() const noexcept { return closed_ && !closed_->empty(); }
 
     // Scopes stay unallocated (null) until something is declared in them, so that a deep
     // document costs no allocation per element; a deque, so that growing never moves them.
@@ -76,10 +87,16 @@ private:
     // Once scopes are shared with a copy, either stack may add to them behind the other's
     // index, so lookups walk the scopes instead.
     mutable bool shared_ = false;
-    // The last prefix looked up and its answer, while no declaration has come or gone since.
-    mutable QzCString lastPrefix_;
-    mutable const QzCString* lastURI_ = nullptr;
-    mutable bool lastPrefixValid_ = false;
+    // The answers for prefixes looked up lately, while no declaration has come or gone since:
+    // a prefix of up to Answer::Room bytes, in the slot its length and ends pick.
+    struct Answer {
+        static constexpr std::size_t Room = 15;
+        std::uint8_t length = 0xFF;  ///< 0xFF: no answer
+        char prefix[Room];
+        const QzCString* uri;
+    };
+    mutable std::array<Answer, 8> answers_;
+    mutable QzCString key_;  ///< a prefix being looked up in the index
     bool keepClosed_ = false;
     std::shared_ptr<Scope> closed_;  ///< the scope closed last, when keepClosed_
 };

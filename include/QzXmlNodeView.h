@@ -29,10 +29,10 @@ public:
     /// The text of the content node read last, references expanded and line ends normalised.
     std::string_view text() const noexcept { return text_; }
     /// The number of attributes of the start tag read last, in getCurrentAttributes' order.
-    std::size_t attributeCount() const noexcept { return attributes_.size(); }
+    std::size_t attributeCount() const noexcept { return attributeCount_; }
     /// Attribute i (0-based); throws QzXmlBoundsError when i >= attributeCount().
     const QzXmlAttributeView& attribute(std::size_t i) const {
-        if (i >= attributes_.size()) outOfRange(i);
+        if (i >= attributeCount_) outOfRange(i);
         return attributes_[i];
     }
 
@@ -46,7 +46,8 @@ private:
     std::size_t localStart_ = 0;  ///< 0 without a prefix, else just after the first colon
     std::string_view uri_;
     std::string_view text_;
-    std::vector<QzXmlAttributeView> attributes_;
+    std::vector<QzXmlAttributeView> attributes_;  ///< the first attributeCount_ are the node's
+    std::size_t attributeCount_ = 0;
 };
 
 #endif

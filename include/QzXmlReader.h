@@ -415,7 +415,6 @@ private:
     mutable bool attributesShared_ = false;
     mutable bool valueShared_ = false;
     bool attributesInScope_ = false;  ///< view_'s attribute URIs lie in namespace scopes
-    QzCString prefixKey_;             ///< the prefix being looked up
     std::vector<char> viewStore_;     ///< view_'s strings, once their source has gone
     std::vector<char> spareStore_;    ///< where the next copy is made, from viewStore_ maybe
     std::int32_t nodeType_ = NoNode;

@@ -1,6 +1,7 @@
 #include "QzXmlNamespaceStack.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "QzXmlAttributeSet.h"
 #include "QzXmlInternalError.h"
@@ -32,7 +33,7 @@ void QzXmlNamespaceStack::shareAll() const {
     }
     shared_ = true;
     index_.reset();
-    lastPrefixValid_ = false;
+    forgetAnswers();
 }
 
 void QzXmlNamespaceStack::pushScope() {
@@ -43,7 +44,7 @@ void QzXmlNamespaceStack::popScope() {
     if (scopes_.empty()) return;
     std::shared_ptr<Scope>& innermost = scopes_.back();
     if (innermost) {
-        lastPrefixValid_ = false;
+        forgetAnswers();
         if (index_) index_->removeScope(*innermost);
     }
     // A streaming reader may open the scope again; the one kept before is done with.
@@ -69,8 +70,8 @@ QzXmlNamespaceStack::Scope& QzXmlNamespaceStack::innermostWithRoom(std::size_t m
     }
     std::shared_ptr<Scope>& innermost = scopes_.back();
     if (!innermost) innermost = newScope();
-    // Making room may move the declaration the last answer points into.
-    lastPrefixValid_ = false;
+    // Making room may move the declarations the answers point into.
+    forgetAnswers();
     if (innermost->capacity() - innermost->size() < more) {
         innermost->reserve(std::max(innermost->size() + more, 2 * innermost->capacity()));
     }
@@ -82,7 +83,7 @@ void QzXmlNamespaceStack::rewind(std::size_t scopes) {
         popScope();
     if (scopes_.size() < scopes) {
         scopes_.push_back(std::move(closed_));
-        lastPrefixValid_ = false;
+        forgetAnswers();
         if (scopes_.back() && !scopes_.back()->empty()) indexFrom(0);
     }
 }
@@ -106,17 +107,43 @@ std::shared_ptr<QzXmlNamespaceStack::Scope> QzXmlNamespaceStack::newScope() {
     return scope;
 }
 
-// Documents use one prefix for long runs of names, so the last answer is kept until a
-// declaration comes or goes. A stack sharing scopes cannot see that happen, so it keeps none.
 const QzCString& QzXmlNamespaceStack::getURIForPrefix(const QzCString& prefix) const {
-    if (shared_) return walk(prefix, &QzXmlNamespace::getPrefix, &QzXmlNamespace::getURI);
-    if (lastPrefixValid_ && prefix == lastPrefix_) return *lastURI_;
-    // A document without declarations never pays for hashing.
-    const QzXmlNamespace* found = index_ ? index_->findPrefix(prefix) : nullptr;
-    lastPrefix_.assign(prefix);
-    lastURI_ = found ? &found->getURI() : &QzXmlAttributeSet::EmptyString;
-    lastPrefixValid_ = true;
-    return *lastURI_;
+    return uriForPrefix(std::string_view(prefix.data(), prefix.length()));
+}
+
+// Documents use a few prefixes over and over, so their answers are kept until a declaration
+// comes or goes. A stack sharing scopes cannot see that happen, so it keeps none.
+const QzCString& QzXmlNamespaceStack::uriForPrefix(std::string_view prefix) const {
+    if (prefix.size() > Answer::Room || shared_) return lookUp(prefix);
+    Answer& answer = answers_[slotOf(prefix)];
+    if (answer.length == prefix.size() &&
+        std::memcmp(answer.prefix, prefix.data(), prefix.size()) == 0)
+        return *answer.uri;
+    const QzCString& uri = lookUp(prefix);
+    std::memcpy(answer.prefix, prefix.data(), prefix.size());
+    answer.length = static_cast<std::uint8_t>(prefix.size());
+    answer.uri = &uri;
+    return uri;
+}
+
+// A document without declarations never pays for hashing.
+const QzCString& QzXmlNamespaceStack::lookUp(std::string_view prefix) const {
+    key_.assign(prefix.data(), prefix.size());
+    if (shared_) return walk(key_, &QzXmlNamespace::getPrefix, &QzXmlNamespace::getURI);
+    const QzXmlNamespace* found = index_ ? index_->findPrefix(key_) : nullptr;
+    return found ? found->getURI() : QzXmlAttributeSet::EmptyString;
+}
+
+std::size_t QzXmlNamespaceStack::slotOf(std::string_view prefix) noexcept {
+    const std::size_t ends = prefix.empty() ? 0
+                                            : static_cast<unsigned char>(prefix.front()) +
+                                                  3 * static_cast<unsigned char>(prefix.back());
+    return (prefix.size() + ends) % std::tuple_size<decltype(answers_)>::value;
+}
+
+void QzXmlNamespaceStack::forgetAnswers() const noexcept {
+    for (Answer& answer : answers_)
+        answer.length = 0xFF;
 }
 
 const QzCString& QzXmlNamespaceStack::getPrefixForURI(const QzCString& uri) const {

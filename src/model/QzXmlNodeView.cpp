@@ -6,5 +6,5 @@
 
 void QzXmlNodeView::outOfRange(std::size_t i) const {
     throw QzXmlBoundsError(QzCString("Attribute index " + std::to_string(i) + " is past the " +
-                                     std::to_string(attributes_.size()) + " attributes"));
+                                     std::to_string(attributeCount_) + " attributes"));
 }

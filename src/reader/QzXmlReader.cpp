@@ -1106,7 +1106,7 @@ void QzXmlReader::readTagAs() {
         }
     } catch (...) {
         // A tag that fails leaves no attributes behind, as if none had been read.
-        view_.attributes_.clear();
+        view_.attributeCount_ = 0;
         attributesChanged();
         throw;
     }
@@ -1120,7 +1120,7 @@ void QzXmlReader::readTagAs() {
 // Reads the attributes and the closing ">" or "/>", and files the attributes.
 template <bool Checked>
 void QzXmlReader::readTagBodyAs() {
-    view_.attributes_.clear();
+    view_.attributeCount_ = 0;
     attributesPending_ = true;
     attributesInScope_ = false;
     staged_.clear();
@@ -1166,7 +1166,7 @@ void QzXmlReader::readEndTagAs() {
     viewName(name, cursor_);
     readS();
     // The attributes of the tag read last may name URIs of the scope that goes.
-    if (attributesInScope_) detachView();
+    if (attributesInScope_ && namespaceStack_.closingDropsDeclarations()) detachView();
     namespaceStack_.popScope();
     if constexpr (Checked) {
         if (strict_ && (atEnd() || *cursor_ != '>')) errExpected(cursor_, "'>' to end the end tag");
@@ -1271,7 +1271,7 @@ void QzXmlReader::commitAttributes() {
     // value.
     const std::size_t count = staged_.size();
     std::vector<QzXmlAttributeView>& views = view_.attributes_;
-    views.resize(count);
+    if (views.size() < count) views.resize(count);
     std::size_t kept = 0;
     for (std::size_t first = 0, last; first < count; first = last) {
         const StagedAttribute& name = staged_[order_[first].index];
@@ -1280,7 +1280,7 @@ void QzXmlReader::commitAttributes() {
             ++last;
         viewAttribute(views[kept++], name, staged_[order_[last - 1].index]);
     }
-    views.resize(kept);
+    view_.attributeCount_ = kept;
     attributesChanged();
 }
 
@@ -1459,8 +1459,7 @@ void QzXmlReader::viewAttribute(QzXmlAttributeView& view, const StagedAttribute&
 
 // The URI lies in the namespace scopes: valid until its scope closes and the next one does.
 std::string_view QzXmlReader::uriOf(std::string_view prefix) {
-    setBytes(prefixKey_, prefix);
-    return viewOf(namespaceStack_.getURIForPrefix(prefixKey_));
+    return viewOf(namespaceStack_.uriForPrefix(prefix));
 }
 
 void QzXmlReader::viewText(const Byte* first, const Byte* last) {
@@ -1496,7 +1495,7 @@ void QzXmlReader::fileName() const {
 
 void QzXmlReader::fileAttributes() const {
     std::vector<QzXmlAttribute>& filed = currentAttributes_.attributes_;
-    filed.resize(view_.attributes_.size());
+    filed.resize(view_.attributeCount_);
     for (std::size_t i = 0; i < filed.size(); ++i) {
         const QzXmlAttributeView& view = view_.attributes_[i];
         QzXmlName& name = filed[i].name_;
@@ -1520,19 +1519,21 @@ void QzXmlReader::fileValue() const {
 void QzXmlReader::detachView() {
     if (valuePending_) fileValue();
     std::size_t size = view_.qualifiedName_.size() + view_.uri_.size();
-    for (const QzXmlAttributeView& a : view_.attributes_)
-        size += a.qualifiedName.size() + a.uri.size() + a.value.size();
+    const auto first = view_.attributes_.begin();
+    const auto last = first + static_cast<std::ptrdiff_t>(view_.attributeCount_);
+    for (auto a = first; a != last; ++a)
+        size += a->qualifiedName.size() + a->uri.size() + a->value.size();
     // The view may point into viewStore_ itself: the copy goes to the other store.
     StoreWriter store(spareStore_, size);
     view_.qualifiedName_ = store.copy(view_.qualifiedName_);
     view_.uri_ = store.copy(view_.uri_);
-    for (QzXmlAttributeView& a : view_.attributes_) {
-        const std::size_t localStart = a.qualifiedName.size() - a.localName.size();
-        a.qualifiedName = store.copy(a.qualifiedName);
-        a.prefix = a.qualifiedName.substr(0, a.prefix.size());
-        a.localName = a.qualifiedName.substr(localStart);
-        a.uri = store.copy(a.uri);
-        a.value = store.copy(a.value);
+    for (auto a = first; a != last; ++a) {
+        const std::size_t localStart = a->qualifiedName.size() - a->localName.size();
+        a->qualifiedName = store.copy(a->qualifiedName);
+        a->prefix = a->qualifiedName.substr(0, a->prefix.size());
+        a->localName = a->qualifiedName.substr(localStart);
+        a->uri = store.copy(a->uri);
+        a->value = store.copy(a->value);
     }
     viewStore_.swap(spareStore_);
     attributesInScope_ = false;
@@ -1876,28 +1877,36 @@ QzCString QzXmlReader::readElement(const QzXmlName& name) {
         settleValue();
         return result;
     }
-    // The element's attributes are its own again at the end, as owned strings and views.
     QzXmlAttributeSet keptAttributes = getCurrentAttributes();
+    const QzXmlName keptName = getCurrentName();
+    // The element's attributes are its own again at the end, as owned strings and as views,
+    // whose strings wait in a store of their own.
     detachView();
     std::vector<char> keptStore;
     keptStore.swap(viewStore_);
-    std::vector<QzXmlAttributeView> keptViews;
-    keptViews.swap(view_.attributes_);
-    const QzXmlName keptName = getCurrentName();
+    const std::vector<QzXmlAttributeView> keptViews(
+        view_.attributes_.begin(),
+        view_.attributes_.begin() + static_cast<std::ptrdiff_t>(view_.attributeCount_));
+    view_.attributeCount_ = 0;
     copy.inner = cursor_;
-    for (std::int64_t nesting = 1; nesting > 0;) {
-        readNextNode();
-        if (nodeType_ == NoNode) err("Unexpected EOF looking for closing tag.");
-        if (nodeType_ == EndTag && currentNameIs(keptName.getLocalName(), keptName.getURI())) {
-            --nesting;
-        } else if (nodeType_ == StartTag &&
-                   currentNameIs(keptName.getLocalName(), keptName.getURI())) {
-            ++nesting;
+    try {
+        for (std::int64_t nesting = 1; nesting > 0;) {
+            readNextNode();
+            if (nodeType_ == NoNode) err("Unexpected EOF looking for closing tag.");
+            if (isTag(nodeType_) && currentNameIs(keptName.getLocalName(), keptName.getURI())) {
+                nesting += nodeType_ == StartTag ? 1 : nodeType_ == EndTag ? -1 : 0;
+            }
         }
+    } catch (...) {
+        // The name may still lie in the kept store.
+        detachView();
+        throw;
     }
     currentAttributes_ = std::move(keptAttributes);
     attributesPending_ = false;
-    view_.attributes_.swap(keptViews);
+    if (view_.attributes_.size() < keptViews.size()) view_.attributes_.resize(keptViews.size());
+    std::copy(keptViews.begin(), keptViews.end(), view_.attributes_.begin());
+    view_.attributeCount_ = keptViews.size();
     detachView();
     value_.assign(copy.innerSaved);
     value_.append(chars(copy.inner), lastTagStart_ - copy.inner);
@@ -2754,7 +2763,7 @@ void QzXmlReader::checkStrictTag(const Byte* name, const Byte* nameEnd) {
         defaultDeclarations += a.localStart == 0;
     }
     // Filing merged attributes of one name: fewer were filed than read.
-    if (view_.attributes_.size() != staged_.size() || defaultDeclarations > 1) {
+    if (view_.attributeCount_ != staged_.size() || defaultDeclarations > 1) {
         errRepeatedAttribute("the name");
     }
     checkAttributeNamespaces();
@@ -2785,7 +2794,8 @@ void QzXmlReader::checkElementPrefix(const Byte* name, const Byte* nameEnd) {
 // namespace and a local name.
 void QzXmlReader::checkAttributeNamespaces() {
     const std::vector<QzXmlAttributeView>& filed = view_.attributes_;
-    for (std::size_t i = 0; i < filed.size(); ++i) {
+    const std::size_t count = view_.attributeCount_;
+    for (std::size_t i = 0; i < count; ++i) {
         const QzXmlAttributeView& a = filed[i];
         if (a.prefix.empty() || isXmlns(a.prefix.data(), a.prefix.size())) continue;
         if (a.uri.empty()) {
@@ -2793,7 +2803,7 @@ void QzXmlReader::checkAttributeNamespaces() {
                   "The namespace prefix '" + QzCString(std::string(a.prefix)) + "' of attribute '" +
                       QzCString(std::string(a.qualifiedName)) + "' is not declared");
         }
-        for (std::size_t j = i + 1; j < filed.size() && filed[j].localName == a.localName; ++j) {
+        for (std::size_t j = i + 1; j < count && filed[j].localName == a.localName; ++j) {
             const QzXmlAttributeView& other = filed[j];
             if (other.uri == a.uri && !isXmlns(other.prefix.data(), other.prefix.size())) {
                 errRepeatedAttribute("the namespace and local name");
