@@ -24,18 +24,20 @@ public:
 
     void load(const Document& document) override { document_ = &document; }
     std::uint64_t run() override {
-        // Resetting keeps the parser's buffers for the next pass.
-        if (parser_ == nullptr) {
-            parser_ = XML_ParserCreateNS(nullptr, Separator);
-        } else {
-            XML_ParserReset(parser_, nullptr);
-        }
         sum_ = 0;
-        XML_SetUserData(parser_, &sum_);
-        XML_SetStartElementHandler(parser_, startElement);
-        XML_SetCharacterDataHandler(parser_, characters);
-        XML_SetStartNamespaceDeclHandler(parser_, namespaceDeclaration);
-        XML_Parse(parser_, document_->data(), static_cast<int>(document_->size()), 1);
+        for (const Document::Part& part : document_->parts()) {
+            // Resetting keeps the parser's buffers for the next document.
+            if (parser_ == nullptr) {
+                parser_ = XML_ParserCreateNS(nullptr, Separator);
+            } else {
+                XML_ParserReset(parser_, nullptr);
+            }
+            XML_SetUserData(parser_, &sum_);
+            XML_SetStartElementHandler(parser_, startElement);
+            XML_SetCharacterDataHandler(parser_, characters);
+            XML_SetStartNamespaceDeclHandler(parser_, namespaceDeclaration);
+            XML_Parse(parser_, document_->data() + part.offset, static_cast<int>(part.size), 1);
+        }
         return sum_;
     }
 

@@ -18,8 +18,12 @@ public:
     void load(const Document& document) override { input_.assign(document); }
     void prepare() override { input_.restore(); }
     std::uint64_t run() override {
-        document_.load_buffer_inplace(input_.data(), input_.size());
-        return walk(document_);
+        std::uint64_t sum = 0;
+        for (const Document::Part& part : input_.parts()) {
+            document_.load_buffer_inplace(input_.data() + part.offset, part.size);
+            sum += walk(document_);
+        }
+        return sum;
     }
 
 private:

@@ -51,8 +51,12 @@ public:
     void load(const Document& document) override { input_.assign(document); }
     void prepare() override { input_.restore(); }
     std::uint64_t run() override {
-        QzXmlReader reader(input_.bytes(), input_.size(), options_);
-        return views_ ? walkViews(reader) : walkOwned(reader);
+        std::uint64_t sum = 0;
+        for (const Document::Part& part : input_.parts()) {
+            QzXmlReader reader(input_.bytes() + part.offset, part.size, options_);
+            sum += views_ ? walkViews(reader) : walkOwned(reader);
+        }
+        return sum;
     }
 
 private:
@@ -114,30 +118,45 @@ class EventParserWorkload : public Workload {
 public:
     void load(const Document& document) override {
         source_ = &document;
-        text_.assign(document.data(), document.size());
+        texts_.resize(document.parts().size());
+        prepare();
     }
     // UTF-16 input is byte-swapped inside the string itself.
-    void prepare() override { text_.assign(source_->data(), source_->size()); }
+    void prepare() override {
+        for (std::size_t i = 0; i < texts_.size(); ++i) {
+            const Document::Part& part = source_->parts()[i];
+            texts_[i].assign(source_->data() + part.offset, part.size);
+        }
+    }
     std::uint64_t run() override {
         SumHandler handler;
         QzXmlSAXParser parser;
         parser.setContentHandler(&handler);
-        parser.parse(text_);
+        for (const QzCString& text : texts_)
+            parser.parse(text);
         return handler.sum;
     }
 
 private:
     const Document* source_ = nullptr;
-    QzCString text_;
+    std::vector<QzCString> texts_;
 };
 
 class CompareWorkload : public Workload {
 public:
-    void load(const Document& document) override { text_.assign(document.data(), document.size()); }
-    std::uint64_t run() override { return QzXmlUtils::compareXml(text_, text_) ? 1 : 0; }
+    void load(const Document& document) override {
+        for (const Document::Part& part : document.parts())
+            texts_.emplace_back(document.data() + part.offset, part.size);
+    }
+    std::uint64_t run() override {
+        std::uint64_t equal = 0;
+        for (const QzCString& text : texts_)
+            equal += QzXmlUtils::compareXml(text, text) ? 1 : 0;
+        return equal;
+    }
 
 private:
-    QzCString text_;
+    std::vector<QzCString> texts_;
 };
 
 class WriterWorkload : public Workload {

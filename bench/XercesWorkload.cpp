@@ -65,10 +65,13 @@ public:
     }
     std::uint64_t run() override {
         handler_.sum = 0;
-        // The input source refers to the document's bytes without copying them.
-        xc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(document_->data()),
-                                     document_->size(), "document", false);
-        parser_->parse(source);
+        for (const Document::Part& part : document_->parts()) {
+            // The input source refers to the document's bytes without copying them.
+            xc::MemBufInputSource source(
+                reinterpret_cast<const XMLByte*>(document_->data() + part.offset), part.size,
+                "document", false);
+            parser_->parse(source);
+        }
         return handler_.sum;
     }
 

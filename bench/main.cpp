@@ -142,18 +142,19 @@ void writeTsv(const std::string& file, const std::vector<Row>& rows) {
     }
 }
 
-// The speed targets: the reader against expat and pugixml, the event parser and the strict
-// reader against the reader, the writer against xmlTextWriter.
+// The speed targets: the reader (owned strings) against expat, the reader through views
+// against pugixml, the event parser and the strict reader against the reader, the writer
+// against xmlTextWriter.
 void printTargets(const std::vector<Row>& rows, const std::vector<std::string>& corpora) {
-    std::printf("\n%-14s %16s %16s %16s %16s %16s\n", "corpus", "reader/expat", "reader/pugixml",
+    std::printf("\n%-14s %14s %14s %14s %14s %14s\n", "corpus", "reader/expat", "views/pugixml",
                 "events/reader", "strict/reader", "writer/libxml2");
-    std::printf("%-14s %16s %16s %16s %16s %16s\n", "(target)", ">= 3", ">= 1", ">= 0.9", ">= 0.85",
+    std::printf("%-14s %14s %14s %14s %14s %14s\n", "(target)", ">= 3", ">= 1", ">= 0.9", ">= 0.85",
                 ">= 3");
     for (const std::string& corpus : corpora) {
         std::map<std::string, double> speed = speeds(rows, corpus);
-        std::printf("%-14s %16s %16s %16s %16s %16s\n", corpus.c_str(),
+        std::printf("%-14s %14s %14s %14s %14s %14s\n", corpus.c_str(),
                     ratio(speed["qz-reader"], speed["expat"]).c_str(),
-                    ratio(speed["qz-reader"], speed["pugixml"]).c_str(),
+                    ratio(speed["qz-views"], speed["pugixml"]).c_str(),
                     ratio(speed["qz-events"], speed["qz-reader"]).c_str(),
                     ratio(speed["qz-strict"], speed["qz-reader"]).c_str(),
                     ratio(speed["qz-writer"], speed["libxml2-writer"]).c_str());
@@ -182,6 +183,8 @@ int main(int argc, char** argv) {
         corpora.push_back(document.name());
         const std::size_t first = rows.size();
         for (const WorkloadEntry& entry : entries) {
+            // The writers write one document back; a set of messages is not one.
+            if (entry.writes && document.parts().size() > 1) continue;
             rows.push_back(measure(document, entry, path, options));
         }
         // Ratios need expat's figure, so the rows of a corpus are printed once all are in.

@@ -45,8 +45,44 @@ open(sys.argv[2], "wb").write(text.encode("utf-16-le"))
 PYTHON
 fi
 
+# Many small messages, each its own document, as a service reads them all day: 20,000 SOAP
+# requests of about 1.6 KB (whatever the scale), separated by NUL bytes.
+if [ ! -f "$corpus/messages.xmls" ]; then
+    "$python" - "$corpus/messages.xmls" <<'PYTHON'
+import random, sys
+rng = random.Random(1604)
+words = ["alpha", "bravo", "cobalt", "delta", "ember", "fjord", "garnet", "harbor", "indigo"]
+def text(n):
+    return " ".join(rng.choice(words) for _ in range(n))
+def message(seq):
+    items = "".join(
+        f'\n    <o:Item sku="SKU-{rng.randrange(10**6):06d}" qty="{rng.randrange(1, 20)}">'
+        f'<o:Name>{text(3)}</o:Name><o:Price currency="EUR">{rng.randrange(100, 99999) / 100}'
+        f'</o:Price></o:Item>' for _ in range(rng.randrange(4, 7)))
+    return f"""<?xml version="1.0" encoding="UTF-8"?>
+<s:Envelope xmlns:s="http://www.w3.org/2003/05/soap-envelope" xmlns:wsa="http://www.w3.org/2005/08/addressing" xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance">
+ <s:Header>
+  <wsa:MessageID>urn:uuid:{rng.getrandbits(128):032x}</wsa:MessageID>
+  <wsa:To s:mustUnderstand="1">https://svc{seq % 7}.example.com/orders</wsa:To>
+  <wsa:Action>urn:example:orders:SubmitOrder</wsa:Action>
+  <wsa:ReplyTo><wsa:Address>http://www.w3.org/2005/08/addressing/anonymous</wsa:Address></wsa:ReplyTo>
+ </s:Header>
+ <s:Body>
+  <o:SubmitOrder xmlns:o="urn:example:orders" o:version="2">
+   <o:Customer id="C{rng.randrange(10**5)}" xsi:type="o:Business"><o:Name>{text(2)} &amp; Co</o:Name><o:Note>{text(20)}</o:Note></o:Customer>
+   <o:Items>{items}
+   </o:Items>
+  </o:SubmitOrder>
+ </s:Body>
+</s:Envelope>
+"""
+with open(sys.argv[1], "wb") as out:
+    out.write(b"\0".join(message(i).encode() for i in range(20000)))
+PYTHON
+fi
+
 files=("$corpus"/records.xml "$corpus"/text.xml "$corpus"/soap.xml "$corpus"/deep.xml
-       "$corpus"/records-utf16.xml)
+       "$corpus"/records-utf16.xml "$corpus"/messages.xmls)
 full=true
 for argument in "$@"; do
     case $argument in --corpus=* | --only=* | --no-memory) full=false ;; esac
