@@ -15,9 +15,10 @@ import matplotlib.pyplot as plt  # noqa: E402
 
 TARGETS = [
     ("reader / expat", "qz-reader", "expat", 3.0),
-    ("reader / pugixml", "qz-reader", "pugixml", 1.0),
+    ("reader through views / pugixml", "qz-views", "pugixml", 1.0),
     ("event parser / reader", "qz-events", "qz-reader", 0.9),
     ("strict reader / lenient reader", "qz-strict", "qz-reader", 0.85),
+    ("strict / lenient, through views", "qz-strict-views", "qz-views", 0.85),
     ("writer / xmlTextWriter", "qz-writer", "libxml2-writer", 3.0),
 ]
 
