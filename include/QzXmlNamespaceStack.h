@@ -47,6 +47,15 @@ public:
 
 private:
     using Scope = std::vector<QzXmlNamespace>;
+    // The answers for prefixes looked up lately, while no declaration has come or gone since:
+    // a prefix of up to Answer::Room bytes, in the slot its length and ends pick.
+    struct Answer {
+        static constexpr std::size_t Room = 15;
+        std::uint8_t length = 0xFF;  ///< 0xFF: no answer
+        char prefix[Room];
+        const QzCString* uri;
+    };
+    mutable std::array<Answer, 8> answers_;
     using KeyOf = const QzCString& (QzXmlNamespace::*)() const noexcept;
 
     // The reader appends a whole tag's declarations to the innermost scope at once, so that
@@ -68,10 +77,30 @@ private:
     void shareAll() const;
     std::shared_ptr<Scope> newScope();
     const QzCString& walk(const QzCString& key, KeyOf keyOf, KeyOf answerOf) const;
-    /// getURIForPrefix without making the prefix a string first.
-    const QzCString& uriForPrefix(std::string_view prefix) const;
+    /// getURIForPrefix without making the prefix a string first; a recent answer is found
+    /// inline.
+    const QzCString& uriForPrefix(std::string_view prefix) const {
+        if (prefix.size() <= Answer::Room && !shared_) {
+            const Answer& answer = answers_[slotOf(prefix)];
+            if (answer.length == prefix.size() && answers(answer, prefix)) return *answer.uri;
+        }
+        return answerFor(prefix);
+    }
+    const QzCString& answerFor(std::string_view prefix) const;
     const QzCString& lookUp(std::string_view prefix) const;
-    static std::size_t slotOf(std::string_view prefix) noexcept;
+    static std::size_t slotOf(std::string_view prefix) noexcept {
+        const std::size_t ends = prefix.empty() ? 0
+                                                : static_cast<unsigned char>(prefix.front()) +
+                                                      3 * static_cast<unsigned char>(prefix.back());
+        return (prefix.size() + ends) % std::tuple_size<decltype(answers_)>::value;
+    }
+    // Prefixes are short: a loop beats a call to memcmp.
+    static bool answers(const Answer& answer, std::string_view prefix) noexcept {
+        for (std::size_t i = 0; i < prefix.size(); ++i) {
+            if (answer.prefix[i] != prefix[i]) return false;
+        }
+        return true;
+    }
     void forgetAnswers() const noexcept;
     /// Whether closing the innermost scope now lets go of declarations (the scope kept aside
     /// before it), which strings pointing into scopes must not outlive.
@@ -87,15 +116,7 @@ private:
     // Once scopes are shared with a copy, either stack may add to them behind the other's
     // index, so lookups walk the scopes instead.
     mutable bool shared_ = false;
-    // The answers for prefixes looked up lately, while no declaration has come or gone since:
-    // a prefix of up to Answer::Room bytes, in the slot its length and ends pick.
-    struct Answer {
-        static constexpr std::size_t Room = 15;
-        std::uint8_t length = 0xFF;  ///< 0xFF: no answer
-        char prefix[Room];
-        const QzCString* uri;
-    };
-    mutable std::array<Answer, 8> answers_;
+
     mutable QzCString key_;  ///< a prefix being looked up in the index
     bool keepClosed_ = false;
     std::shared_ptr<Scope> closed_;  ///< the scope closed last, when keepClosed_

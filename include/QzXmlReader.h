@@ -278,16 +278,19 @@ private:
 
     // The current node: the view points into the input; the owned accessors copy from it
     // when first called, and the view is copied aside before what it points into goes.
-    void viewName(const Byte* first, const Byte* last);
-    void viewAttribute(QzXmlAttributeView& view, const StagedAttribute& name,
-                       const StagedAttribute& value);
+    [[gnu::always_inline]] inline void viewName(const Byte* first, const Byte* last);
+    [[gnu::always_inline]] inline void viewAttribute(QzXmlAttributeView& view,
+                                                     const StagedAttribute& name,
+                                                     const StagedAttribute& value);
     std::string_view uriOf(std::string_view prefix);
-    void viewText(const Byte* first, const Byte* last);
+    [[gnu::always_inline]] inline void viewText(const Byte* first, const Byte* last);
     void startValue();
-    void settleValue();
+    [[gnu::always_inline]] inline void settleValue();
     void attributesChanged();
     void fileName() const;
+    [[gnu::always_inline]] inline static void fileName(const QzXmlNodeView& view, QzXmlName& name);
     void fileAttributes() const;
+    static void fileAttribute(QzXmlAttribute& filed, const QzXmlAttributeView& view);
     void fileValue() const;
     void detachView();
     bool currentNameIs(const QzCString& localName, const QzCString& uri) const;

@@ -48,7 +48,7 @@ void QzXmlNamespaceStack::popScope() {
         if (index_) index_->removeScope(*innermost);
     }
     // A streaming reader may open the scope again; the one kept before is done with.
-    if (keepClosed_) innermost.swap(closed_);
+    if (keepClosed_ && (innermost || closed_)) innermost.swap(closed_);
     // A scope no copy shares is kept for the next declaration, with its capacity.
     if (innermost && innermost.use_count() == 1) {
         innermost->clear();
@@ -113,13 +113,10 @@ const QzCString& QzXmlNamespaceStack::getURIForPrefix(const QzCString& prefix) c
 
 // Documents use a few prefixes over and over, so their answers are kept until a declaration
 // comes or goes. A stack sharing scopes cannot see that happen, so it keeps none.
-const QzCString& QzXmlNamespaceStack::uriForPrefix(std::string_view prefix) const {
-    if (prefix.size() > Answer::Room || shared_) return lookUp(prefix);
-    Answer& answer = answers_[slotOf(prefix)];
-    if (answer.length == prefix.size() &&
-        std::memcmp(answer.prefix, prefix.data(), prefix.size()) == 0)
-        return *answer.uri;
+const QzCString& QzXmlNamespaceStack::answerFor(std::string_view prefix) const {
     const QzCString& uri = lookUp(prefix);
+    if (prefix.size() > Answer::Room || shared_) return uri;
+    Answer& answer = answers_[slotOf(prefix)];
     std::memcpy(answer.prefix, prefix.data(), prefix.size());
     answer.length = static_cast<std::uint8_t>(prefix.size());
     answer.uri = &uri;
@@ -132,13 +129,6 @@ const QzCString& QzXmlNamespaceStack::lookUp(std::string_view prefix) const {
     if (shared_) return walk(key_, &QzXmlNamespace::getPrefix, &QzXmlNamespace::getURI);
     const QzXmlNamespace* found = index_ ? index_->findPrefix(key_) : nullptr;
     return found ? found->getURI() : QzXmlAttributeSet::EmptyString;
-}
-
-std::size_t QzXmlNamespaceStack::slotOf(std::string_view prefix) noexcept {
-    const std::size_t ends = prefix.empty() ? 0
-                                            : static_cast<unsigned char>(prefix.front()) +
-                                                  3 * static_cast<unsigned char>(prefix.back());
-    return (prefix.size() + ends) % std::tuple_size<decltype(answers_)>::value;
 }
 
 void QzXmlNamespaceStack::forgetAnswers() const noexcept {

@@ -1272,16 +1272,22 @@ void QzXmlReader::commitAttributes() {
     const std::size_t count = staged_.size();
     std::vector<QzXmlAttributeView>& views = view_.attributes_;
     if (views.size() < count) views.resize(count);
+    // A caller holding the owned set has each attribute filed as soon as it is viewed.
+    std::vector<QzXmlAttribute>* filed =
+        attributesShared_ ? &currentAttributes_.attributes_ : nullptr;
+    if (filed) filed->resize(count);
     std::size_t kept = 0;
-    for (std::size_t first = 0, last; first < count; first = last) {
+    for (std::size_t first = 0, last; first < count; first = last, ++kept) {
         const StagedAttribute& name = staged_[order_[first].index];
         for (last = first + 1;
              last < count && compareNames(name, staged_[order_[last].index]) == 0;)
             ++last;
-        viewAttribute(views[kept++], name, staged_[order_[last - 1].index]);
+        viewAttribute(views[kept], name, staged_[order_[last - 1].index]);
+        if (filed) fileAttribute((*filed)[kept], views[kept]);
     }
     view_.attributeCount_ = kept;
-    attributesChanged();
+    if (filed) filed->resize(kept);
+    attributesPending_ = filed == nullptr;
 }
 
 // "xmlns" declares the default namespace, "xmlns:p" the prefix p; the first byte turns most
@@ -1440,8 +1446,8 @@ void QzXmlReader::viewName(const Byte* first, const Byte* last) {
     view_.qualifiedName_ = name;
     view_.localStart_ = colon != name.data() + name.size() ? colon - name.data() + 1 : 0;
     view_.uri_ = uriOf(view_.prefix());
-    namePending_ = true;
-    if (nameShared_) fileName();
+    namePending_ = !nameShared_;
+    if (nameShared_) fileName(view_, currentName_);
 }
 
 // An unprefixed attribute is in no namespace; a prefixed one in its prefix's, which the
@@ -1463,9 +1469,13 @@ std::string_view QzXmlReader::uriOf(std::string_view prefix) {
 }
 
 void QzXmlReader::viewText(const Byte* first, const Byte* last) {
+    if (valueShared_) {
+        setBytes(value_, chars(first), last - first);
+        settleValue();
+        return;
+    }
     view_.text_ = std::string_view(chars(first), last - first);
     valuePending_ = true;
-    if (valueShared_) fileValue();
 }
 
 void QzXmlReader::attributesChanged() {
@@ -1486,25 +1496,30 @@ void QzXmlReader::settleValue() {
 }
 
 void QzXmlReader::fileName() const {
-    QzXmlNamespace& ns = currentName_.namespace_;
-    setBytes(ns.prefix_, view_.prefix());
-    setBytes(currentName_.localName_, view_.localName());
-    setBytes(ns.uri_, view_.uri_);
+    fileName(view_, currentName_);
     namePending_ = false;
+}
+
+void QzXmlReader::fileName(const QzXmlNodeView& view, QzXmlName& name) {
+    setBytes(name.namespace_.prefix_, view.prefix());
+    setBytes(name.localName_, view.localName());
+    setBytes(name.namespace_.uri_, view.uri_);
 }
 
 void QzXmlReader::fileAttributes() const {
     std::vector<QzXmlAttribute>& filed = currentAttributes_.attributes_;
     filed.resize(view_.attributeCount_);
-    for (std::size_t i = 0; i < filed.size(); ++i) {
-        const QzXmlAttributeView& view = view_.attributes_[i];
-        QzXmlName& name = filed[i].name_;
-        setBytes(name.localName_, view.localName);
-        setBytes(name.namespace_.prefix_, view.prefix);
-        setBytes(name.namespace_.uri_, view.uri);
-        setBytes(filed[i].value_, view.value);
-    }
+    for (std::size_t i = 0; i < filed.size(); ++i)
+        fileAttribute(filed[i], view_.attributes_[i]);
     attributesPending_ = false;
+}
+
+void QzXmlReader::fileAttribute(QzXmlAttribute& filed, const QzXmlAttributeView& view) {
+    QzXmlName& name = filed.name_;
+    setBytes(name.localName_, view.localName);
+    setBytes(name.namespace_.prefix_, view.prefix);
+    setBytes(name.namespace_.uri_, view.uri);
+    setBytes(filed.value_, view.value);
 }
 
 // The view then shows value_, which stays as it is until the next text.
