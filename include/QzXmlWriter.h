@@ -112,6 +112,10 @@ private:
     void writePrefixedAttribute(const QzCString& prefix, const QzCString& localName,
                                 const QzCString& value, bool escape);
     QzXmlStringWriter* directOutput();
+    // Where at most size bytes fit straight into a string writer's buffer, has fill put them
+    // at the pointer it gets (returning their end) and answers true.
+    template <class Fill>
+    bool emitDirect(std::size_t size, Fill fill);
     void output(const QzCString& text);
     void output(const char* bytes, unsigned long n);
 

@@ -327,12 +327,25 @@ void QzXmlWriter::writeElementEnd(const QzXmlName& name) {
     scopes_->popScope();
 }
 
-// The tag text goes to the sink in one piece, built in a string that keeps its capacity.
+// The tag text goes to the sink in one piece, through a string that keeps its capacity
+// unless it goes straight into a string writer's buffer.
 void QzXmlWriter::writeTag(const QzCString& opening, const QzXmlName& name,
                            const QzCString& closing) {
+    const QzCString& prefix = name.getPrefix();
+    const std::size_t size =
+        opening.length() + prefix.length() + 1 + name.getLocalName().length() + closing.length();
+    const bool written = emitDirect(size, [&](char* out) {
+        out = copyInto(opening, out);
+        if (!prefix.empty()) {
+            out = copyInto(prefix, out);
+            *out++ = ':';
+        }
+        return copyInto(closing, copyInto(name.getLocalName(), out));
+    });
+    if (written) return;
     tag_.assign(opening);
-    if (!name.getPrefix().empty()) {
-        tag_ += name.getPrefix();
+    if (!prefix.empty()) {
+        tag_ += prefix;
         tag_ += ':';
     }
     tag_ += name.getLocalName();
@@ -402,16 +415,22 @@ void QzXmlWriter::writePrefixedAttribute(const QzCString& prefix, const QzCStrin
     const std::size_t nameLength = localName.length() + (prefix.empty() ? 0 : prefix.length() + 1);
     const std::size_t size =
         nameLength + value.length() * (escape ? MaxAttributeGrowth : 1) + AttributeFrame;
+    const auto fill = [&](char* out) {
+        return attributeInto(out, prefix, localName, value, escape);
+    };
+    if (emitDirect(size, fill)) return;
+    WorkBuffer buffer(size, spill_);
+    const char* out = fill(buffer.data());
+    writeToSink(buffer.data(), static_cast<unsigned long>(out - buffer.data()));
+}
+
+template <class Fill>
+bool QzXmlWriter::emitDirect(std::size_t size, Fill fill) {
     writeIndentChars();
     QzXmlStringWriter* direct = directOutput();
-    if (char* room = direct ? direct->room(size) : nullptr) {
-        direct->advance(static_cast<unsigned long>(
-            attributeInto(room, prefix, localName, value, escape) - room));
-        return;
-    }
-    WorkBuffer buffer(size, spill_);
-    const char* out = attributeInto(buffer.data(), prefix, localName, value, escape);
-    writeToSink(buffer.data(), static_cast<unsigned long>(out - buffer.data()));
+    char* room = direct ? direct->room(size) : nullptr;
+    if (room) direct->advance(static_cast<unsigned long>(fill(room) - room));
+    return room != nullptr;
 }
 
 // When the writer is exactly a QzXmlStringWriter, nothing overrides its sink operations, and
