@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -73,8 +72,17 @@ private:
     /// Back to scopes open scopes: those opened since are closed, the one closed is reopened.
     void rewind(std::size_t scopes);
     std::size_t scopeCount() const noexcept { return scopes_.size(); }
+    /// A declaration to fill, with the storage of one that was closed when there is one.
+    QzXmlNamespace spareDeclaration() noexcept;
+    /// Closes every scope, keeping what they held for reuse.
+    void closeAll();
+    /// The number of declarations kept for reuse.
+    std::size_t spareDeclarationCount() const noexcept { return spareDeclarations_.size(); }
+    /// Trades everything with other, so that a reader can hand its storage to the next.
+    void swap(QzXmlNamespaceStack& other) noexcept;
 
     void shareAll() const;
+    void retire(std::shared_ptr<Scope>& scope);
     std::shared_ptr<Scope> newScope();
     const QzCString& walk(const QzCString& key, KeyOf keyOf, KeyOf answerOf) const;
     /// getURIForPrefix without making the prefix a string first; a recent answer is found
@@ -107,9 +115,10 @@ private:
     bool closingDropsDeclarations() const noexcept { return closed_ && !closed_->empty(); }
 
     // Scopes stay unallocated (null) until something is declared in them, so that a deep
-    // document costs no allocation per element; a deque, so that growing never moves them.
-    mutable std::deque<std::shared_ptr<Scope>> scopes_;  ///< outermost first
-    std::vector<std::shared_ptr<Scope>> spareScopes_;    ///< popped scopes kept for reuse
+    // document costs no allocation per element.
+    mutable std::vector<std::shared_ptr<Scope>> scopes_;  ///< outermost first
+    std::vector<std::shared_ptr<Scope>> spareScopes_;     ///< popped scopes kept for reuse
+    std::vector<QzXmlNamespace> spareDeclarations_;       ///< their declarations, likewise
     // Finds declarations without walking the scopes, while no copy shares them; created at
     // the first declaration.
     mutable std::unique_ptr<QzXmlNamespaceIndex> index_;

@@ -197,6 +197,11 @@ private:
     /// Copies the document and reads its prolog, recording skipped markup in log when given.
     QzXmlReader(const QzCString& document, const QzXmlReaderOptions& options, QzXmlMarkupLog* log);
     void applyOptions(const QzXmlReaderOptions& options);
+    struct Spares;
+    static std::unique_ptr<Spares>& threadSpares();
+    void trade(Spares& spares) noexcept;
+    void takeSpares() noexcept;
+    void leaveSpares() noexcept;
     void logMarkup(const Byte* open, bool inText);
 
     void adoptOwnedText();
@@ -267,6 +272,7 @@ private:
     void commitAttributes();
     static bool declares(const StagedAttribute& a);
     void declareNamespaces(std::size_t count);
+    void bindXmlPrefix();
     void sortAttributes();
     struct Run;
     void sortRuns();
@@ -512,10 +518,11 @@ private:
         QzCString declaredStandalone;
     };
     StreamMark mark_;
-    std::ptrdiff_t topUpAt_ = 32;            ///< input held ahead before each read
-    std::ptrdiff_t lookAheadNeeded_ = 0;     ///< what the read just made must leave ahead
-    std::ptrdiff_t triedAhead_ = -1;         ///< input ahead at the last try that ran out; -1: none
-    std::deque<std::string> detachedNames_;  ///< open names whose tags left the window
+    std::ptrdiff_t topUpAt_ = 32;         ///< input held ahead before each read
+    std::ptrdiff_t lookAheadNeeded_ = 0;  ///< what the read just made must leave ahead
+    std::ptrdiff_t triedAhead_ = -1;      ///< input ahead at the last try that ran out; -1: none
+    // Open names whose tags left the window; a deque, so that growing moves none of them.
+    std::unique_ptr<std::deque<std::string>> detachedNames_;
 };
 
 #endif

@@ -49,12 +49,45 @@ void QzXmlNamespaceStack::popScope() {
     }
     // A streaming reader may open the scope again; the one kept before is done with.
     if (keepClosed_ && (innermost || closed_)) innermost.swap(closed_);
-    // A scope no copy shares is kept for the next declaration, with its capacity.
-    if (innermost && innermost.use_count() == 1) {
-        innermost->clear();
-        spareScopes_.push_back(std::move(innermost));
-    }
+    retire(innermost);
     scopes_.pop_back();
+}
+
+// A scope no copy shares is kept for the next declaration, with its capacity, and so are its
+// declarations' strings.
+void QzXmlNamespaceStack::retire(std::shared_ptr<Scope>& scope) {
+    if (!scope || scope.use_count() != 1) return;
+    for (QzXmlNamespace& ns : *scope)
+        spareDeclarations_.push_back(std::move(ns));
+    scope->clear();
+    spareScopes_.push_back(std::move(scope));
+}
+
+QzXmlNamespace QzXmlNamespaceStack::spareDeclaration() noexcept {
+    if (spareDeclarations_.empty()) return QzXmlNamespace();
+    QzXmlNamespace ns = std::move(spareDeclarations_.back());
+    spareDeclarations_.pop_back();
+    return ns;
+}
+
+void QzXmlNamespaceStack::closeAll() {
+    while (!scopes_.empty())
+        popScope();
+    retire(closed_);
+    closed_.reset();
+    keepClosed_ = false;
+}
+
+void QzXmlNamespaceStack::swap(QzXmlNamespaceStack& other) noexcept {
+    scopes_.swap(other.scopes_);
+    spareScopes_.swap(other.spareScopes_);
+    spareDeclarations_.swap(other.spareDeclarations_);
+    index_.swap(other.index_);
+    std::swap(shared_, other.shared_);
+    std::swap(keepClosed_, other.keepClosed_);
+    closed_.swap(other.closed_);
+    forgetAnswers();
+    other.forgetAnswers();
 }
 
 void QzXmlNamespaceStack::addNamespace(const QzXmlNamespace& ns) {

@@ -335,7 +335,66 @@ QzXmlReader::QzXmlReader(unsigned char* buffer, unsigned long length,
     readDocument();
 }
 
-QzXmlReader::~QzXmlReader() = default;
+QzXmlReader::~QzXmlReader() {
+    leaveSpares();
+}
+
+// What a reader leaves to the next one in its thread: the namespace scopes and the scratch
+// of tags and text, with their storage, so that reading many small documents one after
+// another allocates nothing once the first is read.
+struct QzXmlReader::Spares {
+    QzXmlNamespaceStack namespaces;
+    std::vector<StagedAttribute> staged;
+    std::vector<SortKey> order;
+    std::vector<QzXmlAttributeView> attributeViews;
+    std::vector<std::string_view> openNames;
+    QzCString value;
+    QzCString expandedValues;
+};
+
+std::unique_ptr<QzXmlReader::Spares>& QzXmlReader::threadSpares() {
+    thread_local std::unique_ptr<Spares> spares;
+    return spares;
+}
+
+void QzXmlReader::trade(Spares& spares) noexcept {
+    namespaceStack_.swap(spares.namespaces);
+    staged_.swap(spares.staged);
+    order_.swap(spares.order);
+    view_.attributes_.swap(spares.attributeViews);
+    openNames_.swap(spares.openNames);
+    std::swap(value_, spares.value);
+    std::swap(expandedValues_, spares.expandedValues);
+}
+
+void QzXmlReader::takeSpares() noexcept {
+    if (Spares* spares = threadSpares().get()) trade(*spares);
+}
+
+// Storage grown past everyday sizes by an unusual document is let go rather than kept.
+void QzXmlReader::leaveSpares() noexcept {
+    constexpr std::size_t kKeptAttributes = 1024;
+    constexpr std::size_t kKeptBytes = 256 * 1024;
+    if (staged_.capacity() > kKeptAttributes || openNames_.capacity() > kKeptAttributes ||
+        value_.capacity() > kKeptBytes || expandedValues_.capacity() > kKeptBytes) {
+        return;
+    }
+    try {
+        namespaceStack_.closeAll();
+        if (namespaceStack_.spareDeclarationCount() > kKeptAttributes) return;
+        std::unique_ptr<Spares>& spares = threadSpares();
+        if (!spares) spares = std::make_unique<Spares>();
+        staged_.clear();
+        order_.clear();
+        view_.attributeCount_ = 0;
+        openNames_.clear();
+        value_.resize(0);
+        expandedValues_.resize(0);
+        trade(*spares);
+    } catch (...) {
+        // Nothing is left to the next reader, which then starts afresh.
+    }
+}
 
 void QzXmlReader::adoptOwnedText() {
     documentBuffer_ = cursor_ = reinterpret_cast<Byte*>(ownedText_.data());
@@ -343,7 +402,9 @@ void QzXmlReader::adoptOwnedText() {
     ownsBuffer_ = true;
 }
 
+// Every constructor starts here, so the storage left by the thread's last reader is taken too.
 void QzXmlReader::applyOptions(const QzXmlReaderOptions& options) {
+    takeSpares();
     // Limits left to the mode, and those set to 0, are "none": the largest value.
     const auto limit = [&options](std::size_t value, std::size_t strictDefault) {
         const std::size_t effective = options.effective(value, strictDefault);
@@ -380,7 +441,7 @@ void QzXmlReader::readDocument() {
         return;
     }
     // The xml prefix is bound without a declaration.
-    namespaceStack_.addNamespace(QzXmlNamespace("xml", kXmlNamespace));
+    bindXmlPrefix();
     readStrictProlog();
 }
 
@@ -582,12 +643,14 @@ void QzXmlReader::releaseConsumed() {
 
 // The names of open elements whose tags are about to leave the window are copied out.
 void QzXmlReader::detachOpenNames() {
-    if (detachedNames_.size() < openNames_.size()) detachedNames_.resize(openNames_.size());
+    if (!detachedNames_) detachedNames_ = std::make_unique<std::deque<std::string>>();
+    std::deque<std::string>& detached = *detachedNames_;
+    if (detached.size() < openNames_.size()) detached.resize(openNames_.size());
     for (std::size_t i = 0; i < openNames_.size(); ++i) {
         const auto* data = reinterpret_cast<const Byte*>(openNames_[i].data());
         if (data < window_->begin() || data > window_->end()) continue;
-        detachedNames_[i].assign(openNames_[i]);
-        openNames_[i] = detachedNames_[i];
+        detached[i].assign(openNames_[i]);
+        openNames_[i] = detached[i];
     }
 }
 
@@ -1297,6 +1360,15 @@ bool QzXmlReader::declares(const StagedAttribute& a) {
            isXmlns(chars(a.name), a.localStart != 0 ? a.localStart - 1 : a.nameLength);
 }
 
+// Into the document's scope, with the storage of a declaration closed before.
+void QzXmlReader::bindXmlPrefix() {
+    std::vector<QzXmlNamespace>& scope = namespaceStack_.innermostWithRoom(1);
+    QzXmlNamespace& ns = scope.emplace_back(namespaceStack_.spareDeclaration());
+    setBytes(ns.prefix_, "xml", 3);
+    setBytes(ns.uri_, kXmlNamespace);
+    namespaceStack_.indexFrom(scope.size() - 1);
+}
+
 // A tag's declarations take effect together, in document order, before any of its names is
 // resolved; they go straight into the tag's scope.
 void QzXmlReader::declareNamespaces(std::size_t count) {
@@ -1305,7 +1377,7 @@ void QzXmlReader::declareNamespaces(std::size_t count) {
     try {
         for (const StagedAttribute& a : staged_) {
             if (!declares(a)) continue;
-            QzXmlNamespace& ns = scope.emplace_back();
+            QzXmlNamespace& ns = scope.emplace_back(namespaceStack_.spareDeclaration());
             const std::size_t prefixLength = a.localStart != 0 ? a.nameLength - a.localStart : 0;
             setBytes(ns.prefix_, chars(a.name) + a.localStart, prefixLength);
             setBytes(ns.uri_, a.valueText, a.valueLength);
@@ -2215,20 +2287,20 @@ const QzXmlReader::Byte* QzXmlReader::readStrictXmlDecl() {
 void QzXmlReader::agreeOnEncoding(const QzCString& detected, bool utf8Mark, const Byte* at) {
     const QzCString declared = encodingName_;
     const QzCString upper = upperCase(declared);
-    const QzCString message = "The declared encoding '" + declared + "' ";
+    // Built only when needed: a document that agrees allocates nothing here.
+    const auto disagree = [&](const QzCString& what) {
+        errAt(at, "The declared encoding '" + declared + "' " + what);
+    };
     if (detected != "UTF-8") {
         // Decoded already from the byte-order mark or the first bytes: the declaration
         // can only name the same family.
         if (upper.std().compare(0, 6, upperCase(detected).std(), 0, 6) != 0)
-            errAt(at, message + "does not match the document's encoding, " + detected);
+            disagree("does not match the document's encoding, " + detected);
         return;
     }
-    if (isWideName(upper)) {
-        errAt(at, message + "does not match the document, whose bytes are in an 8-bit encoding");
-    }
-    if (utf8Mark && upper != "UTF-8") {
-        errAt(at, message + "contradicts the document's UTF-8 byte-order mark");
-    }
+    if (isWideName(upper))
+        disagree("does not match the document, whose bytes are in an 8-bit encoding");
+    if (utf8Mark && upper != "UTF-8") disagree("contradicts the document's UTF-8 byte-order mark");
     if ((upper == "US-ASCII" || upper == "ASCII") && window_) {
         const std::ptrdiff_t at = cursor_ - documentBuffer_;
         const bool ascii = window_->requireAsciiFrom(cursor_);
