@@ -350,6 +350,7 @@ struct QzXmlReader::Spares {
     std::vector<std::string_view> openNames;
     QzCString value;
     QzCString expandedValues;
+    QzCString documentCopy;  ///< for a document whose line ends a strict reader rewrites
 };
 
 std::unique_ptr<QzXmlReader::Spares>& QzXmlReader::threadSpares() {
@@ -365,6 +366,8 @@ void QzXmlReader::trade(Spares& spares) noexcept {
     openNames_.swap(spares.openNames);
     std::swap(value_, spares.value);
     std::swap(expandedValues_, spares.expandedValues);
+    // A reader constructed from a string holds its copy of the document already.
+    if (ownedText_.empty()) std::swap(ownedText_, spares.documentCopy);
 }
 
 void QzXmlReader::takeSpares() noexcept {
@@ -376,7 +379,8 @@ void QzXmlReader::leaveSpares() noexcept {
     constexpr std::size_t kKeptAttributes = 1024;
     constexpr std::size_t kKeptBytes = 256 * 1024;
     if (staged_.capacity() > kKeptAttributes || openNames_.capacity() > kKeptAttributes ||
-        value_.capacity() > kKeptBytes || expandedValues_.capacity() > kKeptBytes) {
+        value_.capacity() > kKeptBytes || expandedValues_.capacity() > kKeptBytes ||
+        ownedText_.capacity() > kKeptBytes) {
         return;
     }
     try {
@@ -390,6 +394,7 @@ void QzXmlReader::leaveSpares() noexcept {
         openNames_.clear();
         value_.resize(0);
         expandedValues_.resize(0);
+        ownedText_.resize(0);
         trade(*spares);
     } catch (...) {
         // Nothing is left to the next reader, which then starts afresh.
