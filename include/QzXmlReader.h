@@ -30,7 +30,10 @@ class QzXmlMarkupLog;
 /// on the root element; the caller then
 /// walks the document with readNextNode or the element operations. Every syntax error throws
 /// QzXmlParseError with the line and column reached (columns count bytes of the UTF-8 text).
-/// A reader is used by one thread at a time and is not copyable.
+/// getNodeView() shows the current node as views into the input, without copies; the owned
+/// accessors copy a node's strings only when called. A reader is used by one thread at a
+/// time and is not copyable; when it is destroyed, its working storage goes to the next
+/// reader constructed in the same thread.
 ///
 /// Constructed with QzXmlReaderOptions whose strict member is true, the reader is a
 /// conforming XML 1.0 (fifth edition) and Namespaces processor: every well-formedness and

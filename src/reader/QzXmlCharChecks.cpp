@@ -3,9 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
+#include "QzXmlSimd.h"
 
 namespace {
 
@@ -23,7 +21,7 @@ const Byte* QzXmlCharChecks::firstInvalidCharacter(const Byte* first, const Byte
                                                    bool& sawCR) {
     const Byte* p = first;
     while (p < last) {
-#ifdef __SSE2__
+#ifdef QZXML_SSE2
         // Plain ASCII text without control characters goes sixteen bytes a step.
         const __m128i space = _mm_set1_epi8(0x20);
         for (; last - p >= 16; p += 16) {

@@ -5,11 +5,8 @@
 #include <cstdint>
 #include <string>
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
 #include "QzCString.h"
+#include "QzXmlSimd.h"
 
 /// What the strict reader asks of characters: UTF-8 that encodes only characters XML allows,
 /// names of fifth-edition name characters, line ends normalised to line feeds. All work on
@@ -45,7 +42,7 @@ public:
     /// well-formed two-byte sequence (other sequences are left to characterLength); last when
     /// there is none. Sixteen bytes a step where the processor allows.
     [[gnu::always_inline]] static const Byte* findTextStop(const Byte* p, const Byte* last) {
-#ifdef __SSE2__
+#ifdef QZXML_SSE2
         Utf8State state;
         for (; last - p >= 16; p += 16) {
             const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
@@ -73,7 +70,7 @@ public:
     /// control character (whitespace included) or a byte from 0x80; last when there is none.
     [[gnu::always_inline]] static const Byte* findValueStop(const Byte* p, const Byte* last,
                                                             Byte quote) {
-#ifdef __SSE2__
+#ifdef QZXML_SSE2
         for (; last - p >= 16; p += 16) {
             const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
             const __m128i stops = _mm_or_si128(
@@ -151,7 +148,7 @@ private:
         return (b & 0xC0) == 0x80;
     }
 
-#ifdef __SSE2__
+#ifdef QZXML_SSE2
     /// What one sixteen-byte step of text leaves to the next: the masks of its leads and of the
     /// bytes that constrain the byte after them, and whether a sequence runs into the next.
     struct Utf8State {

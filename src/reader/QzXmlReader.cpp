@@ -9,10 +9,6 @@
 #include <string_view>
 #include <utility>
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
 #include "QzBoundsErr.h"
 #include "QzXmlCharChecks.h"
 #include "QzXmlCharInfo.h"
@@ -20,6 +16,7 @@
 #include "QzXmlInputWindow.h"
 #include "QzXmlMarkupLog.h"
 #include "QzXmlParseError.h"
+#include "QzXmlSimd.h"
 #include "QzXmlUtils.h"
 #include "Qzxmsg.h"
 
@@ -98,7 +95,7 @@ constexpr StopBytes kSingleQuotedStop("<&'");
 // The first stop byte from p on, or limit: sixteen bytes a step where the processor allows,
 // since texts and values are mostly long runs.
 [[gnu::always_inline]] inline Byte* findStop(Byte* p, const Byte* limit, const StopBytes& stops) {
-#ifdef __SSE2__
+#ifdef QZXML_SSE2
     const __m128i a = _mm_set1_epi8(stops.bytes[0]);
     const __m128i b = _mm_set1_epi8(stops.bytes[1]);
     const __m128i c = _mm_set1_epi8(stops.bytes[2]);

@@ -4,17 +4,9 @@
 #include <array>
 #include <cstring>
 #include <memory>
-
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
 #include <typeinfo>
 
+#include "QzXmlSimd.h"
 #include "QzXmlStringWriter.h"
 #include "QzXmlWriterScopes.h"
 
@@ -145,7 +137,7 @@ std::uint64_t candidateBytes(std::uint64_t word) {
     return found;
 }
 
-#ifdef __SSE2__
+#ifdef QZXML_SSE2
 // Sixteen bytes at a time while that many remain: the first byte that either table may
 // replace, or null.
 const char* findCandidateInBlocks(const char*& in, const char* end) {
@@ -172,7 +164,7 @@ const char* findCandidateInBlocks(const char*& in, const char* end) {
 // read in one go even when some of them come before in.
 const char* findCandidate(const char* begin, const char* in, const char* end,
                           const EscapeTable& table) {
-#ifdef __SSE2__
+#ifdef QZXML_SSE2
     if (const char* found = findCandidateInBlocks(in, end)) return found;
 #endif
     for (; end - in >= 8; in += 8) {
