@@ -54,42 +54,36 @@ public:
         std::uint64_t sum = 0;
         for (const Document::Part& part : input_.parts()) {
             QzXmlReader reader(input_.bytes() + part.offset, part.size, options_);
-            sum += views_ ? walkViews(reader) : walkOwned(reader);
+            const QzXmlNodeView& node = reader.getNodeView();
+            if (views_) {
+                sum += walk(
+                    reader, [&] { return tagLength(node); }, [&] { return node.text().size(); });
+            } else {
+                sum += walk(
+                    reader,
+                    [&] {
+                        return tagLength(reader.getCurrentName(), reader.getCurrentAttributes());
+                    },
+                    [&] { return reader.getValue().length(); });
+            }
         }
         return sum;
     }
 
 private:
-    static std::uint64_t walkOwned(QzXmlReader& reader) {
+    // Sums tag() over the start and empty-element tags and text() over the content nodes.
+    template <class Tag, class Text>
+    static std::uint64_t walk(QzXmlReader& reader, Tag tag, Text text) {
         std::uint64_t sum = 0;
         while (!reader.eof()) {
             reader.readNextNode();
             switch (reader.getNodeType()) {
                 case QzXmlReader::StartTag:
                 case QzXmlReader::EmptyElement:
-                    sum += tagLength(reader.getCurrentName(), reader.getCurrentAttributes());
+                    sum += tag();
                     break;
                 case QzXmlReader::Content:
-                    sum += reader.getValue().length();
-                    break;
-                default:
-                    break;
-            }
-        }
-        return sum;
-    }
-    static std::uint64_t walkViews(QzXmlReader& reader) {
-        const QzXmlNodeView& node = reader.getNodeView();
-        std::uint64_t sum = 0;
-        while (!reader.eof()) {
-            reader.readNextNode();
-            switch (reader.getNodeType()) {
-                case QzXmlReader::StartTag:
-                case QzXmlReader::EmptyElement:
-                    sum += tagLength(node);
-                    break;
-                case QzXmlReader::Content:
-                    sum += node.text().size();
+                    sum += text();
                     break;
                 default:
                     break;

@@ -1186,7 +1186,6 @@ void QzXmlReader::readTagAs() {
 template <bool Checked>
 void QzXmlReader::readTagBodyAs() {
     view_.attributeCount_ = 0;
-    attributesPending_ = true;
     attributesInScope_ = false;
     staged_.clear();
     expandedValues_.resize(0);
@@ -1854,10 +1853,9 @@ void QzXmlReader::readNodeAfterText() {
 
 // Local names must be equal; an empty wanted URI stands for the URI of the wanted prefix.
 bool QzXmlReader::matches(const QzXmlName& name) const {
-    if (view_.localName() != viewOf(name.getLocalName())) return false;
-    const QzCString& uri =
-        name.getURI().empty() ? namespaceStack_.getURIForPrefix(name.getPrefix()) : name.getURI();
-    return view_.uri_ == viewOf(uri);
+    return currentNameIs(
+        name.getLocalName(),
+        name.getURI().empty() ? namespaceStack_.getURIForPrefix(name.getPrefix()) : name.getURI());
 }
 
 void QzXmlReader::errExpected(const QzXmlName& wanted) const {
