@@ -1,13 +1,24 @@
 #include "QzXmlCharChecks.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
-
-#include "QzXmlSimd.h"
 
 namespace {
 
 using Byte = QzXmlCharChecks::Byte;
+
+#ifdef QZXML_SSE2
+bool processorHasAvx2() {
+    return __builtin_cpu_supports("avx2");
+}
+
+// AVX2 steps where the processor has them, unless the environment asks for SSE2's.
+bool avx2Wanted() {
+    const char* choice = std::getenv("QZXML_SIMD");
+    return processorHasAvx2() && (choice == nullptr || std::strcmp(choice, "sse2") != 0);
+}
+#endif
 
 QzCString hexCode(const char* format, unsigned value) {
     char text[96];
@@ -17,30 +28,28 @@ QzCString hexCode(const char* format, unsigned value) {
 
 }  // namespace
 
-const Byte* QzXmlCharChecks::firstInvalidCharacter(const Byte* first, const Byte* last,
-                                                   bool& sawCR) {
-    const Byte* p = first;
-    while (p < last) {
 #ifdef QZXML_SSE2
-        // Plain ASCII text without control characters goes sixteen bytes a step.
-        const __m128i space = _mm_set1_epi8(0x20);
-        for (; last - p >= 16; p += 16) {
-            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-            // Bytes from 0x80 are negative as signed: one compare finds them and controls.
-            const int mask = _mm_movemask_epi8(_mm_cmplt_epi8(v, space));
-            if (mask != 0) {
-                p += __builtin_ctz(static_cast<unsigned>(mask));
-                break;
-            }
-        }
+bool QzXmlCharChecks::avx2_ = avx2Wanted();
 #endif
-        if (p >= last) break;
-        if (*p == '\r') sawCR = true;
-        const int length = characterLength(p, last);
-        if (length == 0) return p;
-        p += length;
-    }
-    return last;
+
+bool QzXmlCharChecks::wideSteps() {
+#ifdef QZXML_SSE2
+    return avx2_;
+#else
+    return false;
+#endif
+}
+
+void QzXmlCharChecks::setWideSteps(bool wide) {
+#ifdef QZXML_SSE2
+    avx2_ = wide && processorHasAvx2();
+#else
+    static_cast<void>(wide);
+#endif
+}
+
+const Byte* QzXmlCharChecks::firstInvalidCharacter(const Byte* first, const Byte* last) {
+    return firstStop<false>(first, last);
 }
 
 QzCString QzXmlCharChecks::describeInvalidCharacter(const Byte* at, const Byte* last) {

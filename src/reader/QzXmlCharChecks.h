@@ -6,6 +6,7 @@
 #include <string>
 
 #include "QzCString.h"
+#include "QzXmlAvx2Steps.h"
 #include "QzXmlSimd.h"
 
 /// What the strict reader asks of characters: UTF-8 that encodes only characters XML allows,
@@ -37,34 +38,13 @@ public:
         }
         return 0;
     }
-    /// The first byte from p on that is "<", "&" or "]", or that is not text: a control
-    /// character other than tab, line feed and carriage return, or a byte from 0x80 outside a
-    /// well-formed two-byte sequence (other sequences are left to characterLength); last when
-    /// there is none. Sixteen bytes a step where the processor allows.
+    /// The first byte from p on that is "<", "&" or "]", or that starts a character text cannot
+    /// take (a control other than tab, line feed and carriage return, UTF-8 that is not
+    /// well formed or encodes a character XML refuses); last when there is none. p must start
+    /// a character. Sixteen bytes a step where the processor allows, without a branch on the
+    /// bytes from 0x80 that ordinary text is sprinkled with.
     [[gnu::always_inline]] static const Byte* findTextStop(const Byte* p, const Byte* last) {
-#ifdef QZXML_SSE2
-        Utf8State state;
-        for (; last - p >= 16; p += 16) {
-            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-            const __m128i markup = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8('<')),
-                                                             _mm_cmpeq_epi8(v, _mm_set1_epi8('&'))),
-                                                _mm_cmpeq_epi8(v, _mm_set1_epi8(']')));
-            // Bytes from 0x80 are negative as signed, so they count as below space.
-            const __m128i low = _mm_cmplt_epi8(v, _mm_set1_epi8(0x20));
-            if ((mask(_mm_or_si128(markup, low)) | static_cast<unsigned>(state.pending)) == 0) {
-                continue;
-            }
-            const int stops =
-                static_cast<int>(mask(markup)) | unchecked(v, static_cast<int>(mask(low)), state);
-            if (stops < 0) return p - state.back;
-            if (stops != 0) return p + __builtin_ctz(static_cast<unsigned>(stops));
-        }
-        if (state.pending != 0) return p - state.back;
-#endif
-        for (; p < last; ++p) {
-            if (*p == '<' || *p == '&' || *p == ']' || needsCheck(*p)) return p;
-        }
-        return last;
+        return firstStop<true>(p, last);
     }
     /// The first byte from p on that ends a run of attribute value: the quote, "<", "&", a
     /// control character (whitespace included) or a byte from 0x80; last when there is none.
@@ -93,9 +73,13 @@ public:
         return b >= 0x80 || (b < 0x20 && b != '\t' && b != '\n' && b != '\r');
     }
     /// The first byte of the first sequence in [first, last) that is not well-formed UTF-8 or
-    /// encodes a character outside XML's Char production; last when there is none. sawCR is
-    /// set when a carriage return was met before that point.
-    static const Byte* firstInvalidCharacter(const Byte* first, const Byte* last, bool& sawCR);
+    /// encodes a character outside XML's Char production; last when there is none.
+    static const Byte* firstInvalidCharacter(const Byte* first, const Byte* last);
+    /// Whether the vector scans take thirty-two bytes a step (AVX2): so where the processor
+    /// has it, unless the environment sets QZXML_SIMD=sse2.
+    static bool wideSteps();
+    /// Takes AVX2 steps (where the processor has them) or SSE2's; for tests of both.
+    static void setWideSteps(bool wide);
     /// What is wrong with the sequence at `at` (which firstInvalidCharacter returned).
     static QzCString describeInvalidCharacter(const Byte* at, const Byte* last);
     /// Replaces each CR LF pair and each lone CR in [first, last) with LF, in place; returns
@@ -148,106 +132,166 @@ private:
         return (b & 0xC0) == 0x80;
     }
 
+    /// The first byte from p on that starts a character text cannot take, or that is "<",
+    /// "&" or "]" when Markup; last when there is none. p must start a character.
+    template <bool Markup>
+    [[gnu::always_inline]] static const Byte* firstStop(const Byte* p, const Byte* last) {
+        const Byte* const first = p;
+        for (;;) {
+            p = sequenceStart(vectorSteps<Markup>(p, last), first);
+            // Where the vector steps stopped, a step's worth is walked character by character
+            // (all that is left when little is).
+            const Byte* until = last - p > 2 * kWalk ? p + kWalk : last;
+            if (walkCharacters<Markup>(p, until, last) || p == last) return p;
+        }
+    }
+    /// Walks the characters from p, which must start one, until a character begins at or
+    /// after until: false then, p on it. True with p on the first character text cannot take,
+    /// or on "<", "&" or "]" when Markup.
+    template <bool Markup>
+    static bool walkCharacters(const Byte*& p, const Byte* until, const Byte* last) {
+        while (p < until) {
+            const Byte b = *p;
+            if (b < 0x80) {
+                if ((Markup && (b == '<' || b == '&' || b == ']')) || needsCheck(b)) return true;
+                ++p;
+                continue;
+            }
+            const int length = characterLength(p, last);
+            if (length == 0) return true;
+            p += length;
+        }
+        return false;
+    }
+    /// The start of the character p falls in, when one begun in the three bytes before p (not
+    /// before first) runs on to p or past it; else p.
+    static const Byte* sequenceStart(const Byte* p, const Byte* first) {
+        for (int back = 1; back <= 3 && p - back >= first; ++back) {
+            const Byte b = p[-back];
+            if (isContinuation(b)) continue;
+            const int length = b >= 0xF0 ? 4 : b >= 0xE0 ? 3 : b >= 0xC0 ? 2 : 1;
+            return length > back ? p - back : p;
+        }
+        return p;
+    }
+
 #ifdef QZXML_SSE2
-    /// What one sixteen-byte step of text leaves to the next: the masks of its leads and of the
-    /// bytes that constrain the byte after them, and whether a sequence runs into the next.
-    struct Utf8State {
-        unsigned lead = 0, lead34 = 0, lead4 = 0, e0 = 0, ed = 0, f0 = 0, f4 = 0, ef = 0, bf = 0;
-        int pending = 0;  ///< a sequence of the step before wants bytes of this one
-        int back = 0;     ///< how far before this step that sequence starts
+    static constexpr std::ptrdiff_t kWalk = 32;
+    /// Whether the vector steps are AVX2's.
+    static bool avx2_;
+
+    /// Vector steps from p over text that needs no closer look, by the widest instructions
+    /// the processor has: up to the first "<", "&" or "]" when Markup and nothing is amiss
+    /// before it; else to the start of the step where something is, or where fewer bytes are
+    /// left than a step takes.
+    template <bool Markup>
+    [[gnu::always_inline]] static const Byte* vectorSteps(const Byte* p, const Byte* last) {
+        if (avx2_) return QzXmlAvx2Steps::cleanSteps(p, last, Markup);
+        return sse2Steps<Markup>(p, last);
+    }
+
+    /// What one sixteen-byte step leaves to the next: its bytes shifted by 0x80 (so that
+    /// unsigned ranges are signed compares), and which of its last three are from 0xE0, and
+    /// from 0x80 (a sequence may run on).
+    struct Context {
+        __m128i shifted = _mm_setzero_si128();
+        unsigned wide = 0;
+        unsigned open = 0;
     };
 
+    template <bool Markup>
+    [[gnu::always_inline]] static const Byte* sse2Steps(const Byte* p, const Byte* last) {
+        Context context;
+        for (; last - p >= 16; p += 16) {
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+            const unsigned markup = Markup ? markupIn(v) : 0;
+            // Plain ASCII without controls or whitespace, after a step that left no sequence
+            // open, is the common case and needs no closer look (the context stays as it is:
+            // its end is ASCII too).
+            const unsigned odd = mask(_mm_cmplt_epi8(v, _mm_set1_epi8(0x20)));
+            if ((markup | odd | context.open) == 0) continue;
+            const unsigned wrong = faults(v, context);
+            if ((markup | wrong) == 0) continue;
+            // A fault shows at the latest where markup interrupts a sequence, so markup before
+            // the first fault ends clean text.
+            if ((markup & (wrong - 1) & ~wrong) != 0) return p + __builtin_ctz(markup);
+            return p;
+        }
+        return p;
+    }
+    /// The bytes of now, each moved N places on, the last N of before coming in first.
+    template <int N>
+    static __m128i shiftIn(__m128i now, __m128i before) {
+        return _mm_or_si128(_mm_slli_si128(now, N), _mm_srli_si128(before, 16 - N));
+    }
     static unsigned mask(__m128i m) {
         return static_cast<unsigned>(_mm_movemask_epi8(m));
     }
+    /// Of the sixteen bytes v, the "<", "&" and "]".
+    static unsigned markupIn(__m128i v) {
+        return mask(_mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8('<')),
+                                              _mm_cmpeq_epi8(v, _mm_set1_epi8('&'))),
+                                 _mm_cmpeq_epi8(v, _mm_set1_epi8(']'))));
+    }
+    /// Of the sixteen bytes v, those text cannot take as they are: controls other than tab,
+    /// line feed and carriage return, and where UTF-8 goes wrong or encodes a character XML
+    /// refuses (at the faulty byte, or where the continuation it lacks should be: at most
+    /// three bytes after the sequence's start, across steps by way of context).
+    [[gnu::always_inline]] static unsigned faults(__m128i v, Context& context) {
+        const auto set = [](int byte) { return _mm_set1_epi8(static_cast<char>(byte)); };
+        // Which of the bytes x (shifted) are from `byte` on, and which below, as unsigned.
+        const auto atLeast = [&set](__m128i x, int byte) {
+            return _mm_cmpgt_epi8(x, set((byte ^ 0x80) - 1));
+        };
+        const auto below = [&set](__m128i x, int byte) {
+            return _mm_cmplt_epi8(x, set(byte ^ 0x80));
+        };
+        const __m128i s = _mm_xor_si128(v, set(0x80));
+        const __m128i before1 = shiftIn<1>(s, context.shifted);
+        // Continuations are 0x80-0xBF, below -64 as signed; a lead from 0xC0 wants one next.
+        const __m128i continuation = _mm_cmplt_epi8(v, set(0xC0));
+        __m128i wanted = atLeast(before1, 0xC0);
+        __m128i wrong = _mm_cmpeq_epi8(_mm_and_si128(v, set(0xFE)), set(0xC0));
+        const unsigned wide = mask(atLeast(s, 0xE0));
+        if ((wide | context.wide) != 0) {
+            // Three- and four-byte sequences, rare in most text: the leads from 0xE0 and 0xF0
+            // want a second and third continuation, and constrain the byte after them.
+            const __m128i before2 = shiftIn<2>(s, context.shifted);
+            const __m128i before3 = shiftIn<3>(s, context.shifted);
+            wanted =
+                _mm_or_si128(wanted, _mm_or_si128(atLeast(before2, 0xE0), atLeast(before3, 0xF0)));
+            const __m128i belowA0 = below(s, 0xA0), below90 = below(s, 0x90);
+            const auto after = [&before1, &set](int lead) {
+                return _mm_cmpeq_epi8(before1, set(lead ^ 0x80));
+            };
+            // Leads past F4; overlong forms after E0 and F0, surrogates after ED, code points
+            // past U+10FFFF after F4; U+FFFE and U+FFFF (EF BF BE, EF BF BF).
+            wrong = _mm_or_si128(wrong, atLeast(s, 0xF5));
+            wrong = _mm_or_si128(wrong, _mm_and_si128(after(0xE0), belowA0));
+            wrong = _mm_or_si128(wrong, _mm_andnot_si128(belowA0, after(0xED)));
+            wrong = _mm_or_si128(wrong, _mm_and_si128(after(0xF0), below90));
+            wrong = _mm_or_si128(wrong, _mm_andnot_si128(below90, after(0xF4)));
+            const __m128i ef = _mm_cmpeq_epi8(before2, set(0xEF ^ 0x80));
+            wrong = _mm_or_si128(wrong,
+                                 _mm_andnot_si128(below(s, 0xBE), _mm_and_si128(ef, after(0xBF))));
+        }
+        context.shifted = s;
+        context.wide = wide & 0xE000;
+        context.open = mask(v) & 0xE000;
+        wrong = _mm_or_si128(wrong, _mm_xor_si128(wanted, continuation));
+        // Controls are below 0x20; tab, line feed and carriage return pass ((b | 4) == 13
+        // takes tab and carriage return).
+        const __m128i space = _mm_or_si128(_mm_cmpeq_epi8(_mm_or_si128(v, set(4)), set(13)),
+                                           _mm_cmpeq_epi8(v, set('\n')));
+        wrong = _mm_or_si128(wrong, _mm_andnot_si128(space, below(s, 0x20)));
+        return mask(wrong);
+    }
+#else
+    static constexpr std::ptrdiff_t kWalk = PTRDIFF_MAX / 4;
 
-    /// Of the sixteen bytes v, whose bytes below space (signed) low marks, those that text
-    /// cannot take as they are: controls other than tab, line feed and carriage return, and,
-    /// when any sequence of bytes from 0x80 is not a character XML allows, the first byte
-    /// from 0x80 (or -1 when the broken sequence began in the step before, state.back bytes
-    /// before it). Well-formed sequences pass, also across steps.
-    [[gnu::always_inline]] static int unchecked(__m128i v, int low, Utf8State& state) {
-        const unsigned high = mask(v);
-        unsigned controls = static_cast<unsigned>(low) & ~high;
-        if (controls != 0) {
-            const __m128i allowed =
-                _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8('\t')),
-                                          _mm_cmpeq_epi8(v, _mm_set1_epi8('\n'))),
-                             _mm_cmpeq_epi8(v, _mm_set1_epi8('\r')));
-            controls &= ~mask(allowed);
-        }
-        if (high == 0 && state.pending == 0) {
-            state = Utf8State();
-            return static_cast<int>(controls);
-        }
-        // Unsigned ranges as signed compares of the bytes shifted by 0x80.
-        const __m128i s = _mm_xor_si128(v, _mm_set1_epi8(static_cast<char>(0x80)));
-        const auto atLeast = [&s](int byte) {
-            return mask(_mm_cmpgt_epi8(s, _mm_set1_epi8(static_cast<char>(byte - 0x81))));
-        };
-        const auto equal = [&v](int byte) {
-            return mask(_mm_cmpeq_epi8(v, _mm_set1_epi8(static_cast<char>(byte))));
-        };
-        const unsigned geC0 = atLeast(0xC0), geC2 = atLeast(0xC2), geE0 = atLeast(0xE0);
-        if ((geE0 | state.lead34) == 0) {
-            // Two-byte sequences only, the common case of Latin text: each lead is followed by
-            // one continuation, and every continuation follows a lead.
-            const unsigned continuations = high & ~geC0;
-            const unsigned expected = ((geC2 << 1) | (state.lead >> 15)) & 0xFFFF;
-            if ((expected ^ continuations) != 0 || (high & ~continuations & ~geC2) != 0) {
-                return state.pending != 0 ? -1 : static_cast<int>(controls | high);
-            }
-            const int pending = static_cast<int>(geC2 >> 15);
-            state = Utf8State{geC2, 0, 0, 0, 0, 0, 0, 0, 0, pending, pending};
-            return static_cast<int>(controls);
-        }
-        const unsigned geF0 = atLeast(0xF0), geF5 = atLeast(0xF5);
-        const unsigned continuations = high & ~geC0;
-        const unsigned lead = geC2 & ~geF5, lead34 = geE0 & ~geF5, lead4 = geF0 & ~geF5;
-        // Masks of this step above those of the step before, which give the context.
-        const auto both = [](unsigned now, unsigned before) {
-            return static_cast<std::uint64_t>(now) << 16 | before;
-        };
-        const std::uint64_t expected = both(lead, state.lead) << 1 |
-                                       both(lead34, state.lead34) << 2 |
-                                       both(lead4, state.lead4) << 3;
-        // Only three- and four-byte sequences have second bytes out of range or U+FFFE.
-        unsigned e0 = 0, ed = 0, f0 = 0, f4 = 0, ef = 0, bf = 0;
-        std::uint64_t special = 0;
-        if ((lead34 | state.lead34) != 0) {
-            const unsigned ge90 = high & atLeast(0x90), geA0 = high & atLeast(0xA0);
-            const unsigned geBE = high & atLeast(0xBE);
-            e0 = equal(0xE0), ed = equal(0xED), f0 = equal(0xF0), f4 = equal(0xF4);
-            ef = equal(0xEF), bf = equal(0xBF);
-            special =
-                (both(e0, state.e0) << 1 & ~(std::uint64_t(geA0) << 16)) |
-                (both(ed, state.ed) << 1 & std::uint64_t(geA0) << 16) |
-                (both(f0, state.f0) << 1 & ~(std::uint64_t(ge90) << 16)) |
-                (both(f4, state.f4) << 1 & std::uint64_t(ge90) << 16) |
-                (both(ef, state.ef) << 2 & both(bf, state.bf) << 1 & std::uint64_t(geBE) << 16);
-        }
-        const unsigned broken = ((static_cast<unsigned>(expected >> 16) & 0xFFFF) ^ continuations) |
-                                (high & ~continuations & ~lead) |
-                                (static_cast<unsigned>(special >> 16) & 0xFFFF);
-        if (broken != 0) {
-            if (state.pending != 0) return -1;
-            return static_cast<int>(controls | high);
-        }
-        // A sequence that runs into the next step starts at the last lead of this one.
-        const int pending = static_cast<int>(expected >> 32) & 7;
-        const unsigned leadsAtEnd = lead & 0xE000;
-        state = Utf8State{lead,
-                          lead34,
-                          lead4,
-                          e0,
-                          ed,
-                          f0,
-                          f4,
-                          ef,
-                          bf,
-                          pending,
-                          pending != 0 ? 16 - (31 - __builtin_clz(leadsAtEnd)) : 0};
-        return static_cast<int>(controls);
+    template <bool Markup>
+    static const Byte* vectorSteps(const Byte* p, const Byte*) {
+        return p;
     }
 #endif
 };

@@ -2351,8 +2351,7 @@ const QzXmlReader::Byte* QzXmlReader::skipCharacter(const Byte* p) {
 
 // Checks every character of [first, last), text read by a plain search.
 void QzXmlReader::checkCharacters(const Byte* first, const Byte* last) {
-    bool sawCR = false;
-    const Byte* bad = QzXmlCharChecks::firstInvalidCharacter(first, last, sawCR);
+    const Byte* bad = QzXmlCharChecks::firstInvalidCharacter(first, last);
     if (bad != last) errAt(bad, QzXmlCharChecks::describeInvalidCharacter(bad, last));
 }
 
@@ -2367,11 +2366,11 @@ QzXmlReader::Byte* QzXmlReader::scanStrictValue(Byte* p, Byte quote) {
 
 // Text up to the next "<", "&" or "]" (or the end), its characters checked on the way.
 QzXmlReader::Byte* QzXmlReader::scanStrictText(Byte* p) {
-    for (;;) {
-        p = const_cast<Byte*>(QzXmlCharChecks::findTextStop(p, limit_));
-        if (p == limit_ || *p == '<' || *p == '&' || *p == ']') return p;
-        p = const_cast<Byte*>(skipCharacter(p));
+    p = const_cast<Byte*>(QzXmlCharChecks::findTextStop(p, limit_));
+    if (p != limit_ && *p != '<' && *p != '&' && *p != ']') {
+        errAt(p, QzXmlCharChecks::describeInvalidCharacter(p, limit_));
     }
+    return p;
 }
 
 // Whitespace, a comment or a processing instruction, or the document type declaration in the

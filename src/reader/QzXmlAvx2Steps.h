@@ -1,0 +1,17 @@
+#ifndef QZXMLAVX2STEPS_H
+#define QZXMLAVX2STEPS_H
+
+/// The character checks' vector steps with AVX2, thirty-two bytes a step. Its source alone
+/// is built for AVX2: call it only where the processor has it.
+class QzXmlAvx2Steps {
+public:
+    using Byte = unsigned char;
+
+    /// Steps from p, which must start a character, over text whose characters are all ones
+    /// XML allows: up to the first "<", "&" or "]" (when markup) or control other than tab,
+    /// line feed and carriage return, when nothing is amiss before it; else to the start of
+    /// the step where something is, or where fewer than thirty-two bytes are left.
+    static const Byte* cleanSteps(const Byte* p, const Byte* last, bool markup);
+};
+
+#endif
