@@ -7,11 +7,17 @@ class QzXmlAvx2Steps {
 public:
     using Byte = unsigned char;
 
+    /// How far steps went: to `at`, which is a stop when `stop` (with nothing amiss before it).
+    struct Reach {
+        const Byte* at;
+        bool stop;
+    };
+
     /// Steps from p, which must start a character, over text whose characters are all ones
     /// XML allows: up to the first "<", "&" or "]" (when markup) or control other than tab,
     /// line feed and carriage return, when nothing is amiss before it; else to the start of
     /// the step where something is, or where fewer than thirty-two bytes are left.
-    static const Byte* cleanSteps(const Byte* p, const Byte* last, bool markup);
+    static Reach cleanSteps(const Byte* p, const Byte* last, bool markup);
 };
 
 #endif

@@ -138,7 +138,9 @@ private:
     [[gnu::always_inline]] static const Byte* firstStop(const Byte* p, const Byte* last) {
         const Byte* const first = p;
         for (;;) {
-            p = sequenceStart(vectorSteps<Markup>(p, last), first);
+            const Reach reach = vectorSteps<Markup>(p, last);
+            if (reach.stop) return reach.at;
+            p = sequenceStart(reach.at, first);
             // Where the vector steps stopped, a step's worth is walked character by character
             // (all that is left when little is).
             const Byte* until = last - p > 2 * kWalk ? p + kWalk : last;
@@ -180,12 +182,14 @@ private:
     /// Whether the vector steps are AVX2's.
     static bool avx2_;
 
+    using Reach = QzXmlAvx2Steps::Reach;
+
     /// Vector steps from p over text that needs no closer look, by the widest instructions
-    /// the processor has: up to the first "<", "&" or "]" when Markup and nothing is amiss
-    /// before it; else to the start of the step where something is, or where fewer bytes are
-    /// left than a step takes.
+    /// the processor has: up to the first "<", "&" or "]" when Markup (a stop), or the
+    /// control, AVX2 steps find when nothing is amiss before it; else to the start of the
+    /// step where something is, or where fewer bytes are left than a step takes.
     template <bool Markup>
-    [[gnu::always_inline]] static const Byte* vectorSteps(const Byte* p, const Byte* last) {
+    [[gnu::always_inline]] static Reach vectorSteps(const Byte* p, const Byte* last) {
         if (avx2_) return QzXmlAvx2Steps::cleanSteps(p, last, Markup);
         return sse2Steps<Markup>(p, last);
     }
@@ -200,7 +204,7 @@ private:
     };
 
     template <bool Markup>
-    [[gnu::always_inline]] static const Byte* sse2Steps(const Byte* p, const Byte* last) {
+    [[gnu::always_inline]] static Reach sse2Steps(const Byte* p, const Byte* last) {
         Context context;
         for (; last - p >= 16; p += 16) {
             const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
@@ -214,10 +218,10 @@ private:
             if ((markup | wrong) == 0) continue;
             // A fault shows at the latest where markup interrupts a sequence, so markup before
             // the first fault ends clean text.
-            if ((markup & (wrong - 1) & ~wrong) != 0) return p + __builtin_ctz(markup);
-            return p;
+            if ((markup & (wrong - 1) & ~wrong) != 0) return {p + __builtin_ctz(markup), true};
+            return {p, false};
         }
-        return p;
+        return {p, false};
     }
     /// The bytes of now, each moved N places on, the last N of before coming in first.
     template <int N>
@@ -289,9 +293,14 @@ private:
 #else
     static constexpr std::ptrdiff_t kWalk = PTRDIFF_MAX / 4;
 
+    struct Reach {
+        const Byte* at;
+        bool stop;
+    };
+
     template <bool Markup>
-    static const Byte* vectorSteps(const Byte* p, const Byte*) {
-        return p;
+    static Reach vectorSteps(const Byte* p, const Byte*) {
+        return {p, false};
     }
 #endif
 };
