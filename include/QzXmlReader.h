@@ -365,6 +365,7 @@ private:
     void checkAttributeNamespaces();
     const StagedAttribute& stagedNamed(std::string_view qualifiedName) const;
     [[noreturn]] void errRepeatedAttribute(const char* what);
+    const Byte* scanStrictEndTagName();
     void checkStrictEndTag(const Byte* name, const Byte* nameEnd);
     bool strictEof();
     [[gnu::always_inline]] inline void readStrictNextNode();

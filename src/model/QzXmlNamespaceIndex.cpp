@@ -5,6 +5,13 @@
 
 #include "QzXmlLengthError.h"
 
+namespace {
+
+// How many entries are taken out one by one at most when a scope closes.
+constexpr std::size_t kFewEntries = 16;
+
+}  // namespace
+
 // The keys' slots are loaded a few declarations ahead, so that a huge tag's declarations
 // wait for memory together rather than one after another. Should anything fail, the
 // entries are taken back out, with what they had linked.
@@ -63,7 +70,10 @@ void QzXmlNamespaceIndex::removeScope(const Scope& scope) {
     std::size_t first = entries_.size();
     while (first > 0 && entries_[first - 1].scope == &scope)
         --first;
-    if (2 * first < entries_.size()) {
+    // Taking many entries out one by one costs more than indexing the rest again, but a few
+    // come out quicker than the whole table is cleared.
+    const std::size_t removed = entries_.size() - first;
+    if (removed > kFewEntries && 2 * first < entries_.size()) {
         entries_.resize(first);
         rebuild();
         return;

@@ -65,6 +65,21 @@ constexpr ByteTable kAsciiNameStart(":ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmno
 constexpr ByteTable kAsciiNameByte(
     "-.0123456789:ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz");
 
+// Whether the length bytes at a and b are the same: names are short, and a call into the C
+// library costs more than comparing them here.
+inline bool sameBytes(const char* a, const char* b, std::size_t length) {
+    for (; length >= 8; a += 8, b += 8, length -= 8) {
+        std::uint64_t x, y;
+        std::memcpy(&x, a, 8);
+        std::memcpy(&y, b, 8);
+        if (x != y) return false;
+    }
+    for (; length > 0; --length) {
+        if (*a++ != *b++) return false;
+    }
+    return true;
+}
+
 // Value of a hexadecimal digit of a character reference, -1 for anything else. Lower-case
 // "f" is not a digit here, on purpose.
 constexpr int hexDigit(Byte b) {
@@ -1223,10 +1238,7 @@ void QzXmlReader::readEndTagAs() {
     ++cursor_;
     depth_ = wrapAdd(depth_, -1);
     nodeType_ = EndTag;
-    const Byte* name = scanNameAs<Checked>();
-    if constexpr (Checked) {
-        if (strict_) checkStrictEndTag(name, cursor_);
-    }
+    const Byte* name = Checked && strict_ ? scanStrictEndTagName() : scanNameAs<Checked>();
     viewName(name, cursor_);
     readS();
     // The attributes of the tag read last may name URIs of the scope that goes.
@@ -2212,10 +2224,13 @@ const QzXmlReader::Byte* QzXmlReader::readStrictLiteral(const char* what) {
     if (atEnd() || (*cursor_ != '"' && *cursor_ != '\'')) errExpected(cursor_, what);
     const Byte quote = *cursor_++;
     const Byte* start = cursor_;
-    const void* end = std::memchr(cursor_, quote, limit_ - cursor_);
-    if (end == nullptr) errAt(limit_, QzCString("Premature EOF: ") + what + " is not closed");
-    checkCharacters(start, static_cast<const Byte*>(end));
-    cursor_ = static_cast<Byte*>(const_cast<void*>(end)) + 1;
+    // Values here are a few bytes long: a loop beats a call to memchr.
+    const Byte* end = start;
+    while (end < limit_ && *end != quote)
+        ++end;
+    if (end == limit_) errAt(limit_, QzCString("Premature EOF: ") + what + " is not closed");
+    checkCharacters(start, end);
+    cursor_ = const_cast<Byte*>(end) + 1;
     return start;
 }
 
@@ -2954,6 +2969,26 @@ void QzXmlReader::checkDeclaration(const StagedAttribute& a) {
         problem = "A prefix cannot be undeclared: its namespace name must not be empty";
     }
     if (problem != nullptr) errAt(placeOf(a), problem);
+}
+
+// The name of an end tag, which must be the innermost open element's as written: compared
+// with it straight away, which spares scanning a name known to be good.
+const QzXmlReader::Byte* QzXmlReader::scanStrictEndTagName() {
+    const Byte* name = cursor_;
+    if (!openNames_.empty()) {
+        const std::string_view open = openNames_.back();
+        const std::size_t length = open.size();
+        if (static_cast<std::size_t>(limit_ - name) > length &&
+            sameBytes(chars(name), open.data(), length) && name[length] < 0x80 &&
+            !kAsciiNameByte[name[length]] && (frames_.empty() || depth_ >= frames_.back().depth)) {
+            cursor_ += length;
+            openNames_.pop_back();
+            return name;
+        }
+    }
+    name = scanNameAs<true>();
+    checkStrictEndTag(name, cursor_);
+    return name;
 }
 
 // The end tag closes the innermost open element, by its name as written.
