@@ -187,19 +187,19 @@ const char* chars(const Byte* p) {
 // Appends the character of one of the five predefined entities named by [name, name+length);
 // whether it was one.
 bool appendPredefined(QzCString& out, const Byte* name, std::size_t length) {
-    static const struct {
-        const char* name;
-        std::size_t length;
-        char text;
-    } predefined[] = {
-        {"lt", 2, '<'}, {"gt", 2, '>'}, {"amp", 3, '&'}, {"apos", 4, '\''}, {"quot", 4, '"'}};
-    for (const auto& entity : predefined) {
-        if (entity.length == length && std::memcmp(entity.name, name, length) == 0) {
-            out += entity.text;
-            return true;
-        }
+    char text = 0;
+    if (length == 2 && name[1] == 't') {
+        text = name[0] == 'l' ? '<' : name[0] == 'g' ? '>' : 0;
+    } else if (length == 3) {
+        text = std::memcmp(name, "amp", 3) == 0 ? '&' : 0;
+    } else if (length == 4) {
+        text = std::memcmp(name, "apos", 4) == 0   ? '\''
+               : std::memcmp(name, "quot", 4) == 0 ? '"'
+                                                   : 0;
     }
-    return false;
+    if (text == 0) return false;
+    out += text;
+    return true;
 }
 
 // Byte-wise order with the shorter string first on a tie, as QzCString::compareTo.
@@ -3335,11 +3335,19 @@ void QzXmlReader::appendStrictReference(QzCString& out, bool inAttribute) {
         appendCharacter(out, value);
         return;
     }
+    // The predefined entities, most references of all, are names known to be good.
+    const Byte* semicolon = cursor_;
+    while (semicolon < limit_ && semicolon - cursor_ < 5 && *semicolon != ';')
+        ++semicolon;
+    if (semicolon < limit_ && *semicolon == ';' &&
+        appendPredefined(out, cursor_, semicolon - cursor_)) {
+        cursor_ = const_cast<Byte*>(semicolon) + 1;
+        return;
+    }
     const Byte* name = scanStrictName();
     const std::size_t length = cursor_ - name;
     if (atEnd() || *cursor_ != ';') errExpected(cursor_, "';' to end the entity reference");
     ++cursor_;
-    if (appendPredefined(out, name, length)) return;
     const QzCString quotedName = "'" + QzCString(chars(name), length) + "'";
     const QzXmlDoctype::Entity* entity =
         doctype_ ? doctype_->find(std::string_view(chars(name), length), false) : nullptr;
