@@ -80,6 +80,13 @@ inline bool sameBytes(const char* a, const char* b, std::size_t length) {
     return true;
 }
 
+// Value of a hexadecimal digit, -1 for anything else, as the strict reader reads them.
+constexpr int strictHexDigit(Byte b) {
+    if (b >= '0' && b <= '9') return b - '0';
+    const int lower = b | 0x20;
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
 // Value of a hexadecimal digit of a character reference, -1 for anything else. Lower-case
 // "f" is not a digit here, on purpose.
 constexpr int hexDigit(Byte b) {
@@ -3317,11 +3324,8 @@ void QzXmlReader::appendStrictReference(QzCString& out, bool inAttribute) {
         std::uint32_t value = 0;
         const Byte* digits = cursor_;
         for (; !atEnd(); ++cursor_) {
-            const int digit = hex ? (std::isxdigit(*cursor_)
-                                         ? (std::isdigit(*cursor_) ? *cursor_ - '0'
-                                                                   : (*cursor_ | 0x20) - 'a' + 10)
-                                         : -1)
-                                  : (std::isdigit(*cursor_) ? *cursor_ - '0' : -1);
+            const int digit = hex ? strictHexDigit(*cursor_)
+                                  : (*cursor_ >= '0' && *cursor_ <= '9' ? *cursor_ - '0' : -1);
             if (digit < 0) break;
             value = std::min<std::uint32_t>(value * (hex ? 16 : 10) + digit, 0x110000);
         }
