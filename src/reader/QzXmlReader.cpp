@@ -193,7 +193,8 @@ const char* chars(const Byte* p) {
 
 // Appends the character of one of the five predefined entities named by [name, name+length);
 // whether it was one.
-bool appendPredefined(QzCString& out, const Byte* name, std::size_t length) {
+[[gnu::always_inline]] inline bool appendPredefined(QzCString& out, const Byte* name,
+                                                    std::size_t length) {
     char text = 0;
     if (length == 2 && name[1] == 't') {
         text = name[0] == 'l' ? '<' : name[0] == 'g' ? '>' : 0;
@@ -230,11 +231,11 @@ int compareBytes(const char* a, std::size_t aLength, const char* b, std::size_t 
     }
 }
 
-void setBytes(QzCString& target, const QzCString& source) {
+[[gnu::always_inline]] inline void setBytes(QzCString& target, const QzCString& source) {
     setBytes(target, source.data(), source.length());
 }
 
-void setBytes(QzCString& target, std::string_view source) {
+[[gnu::always_inline]] inline void setBytes(QzCString& target, std::string_view source) {
     setBytes(target, source.data(), source.size());
 }
 
@@ -1606,7 +1607,10 @@ void QzXmlReader::fileAttributes() const {
     attributesPending_ = false;
 }
 
-void QzXmlReader::fileAttribute(QzXmlAttribute& filed, const QzXmlAttributeView& view) {
+// Inlined where attributes are filed one after another, as they are for every tag of a caller
+// that holds the owned set.
+[[gnu::always_inline]] inline void QzXmlReader::fileAttribute(QzXmlAttribute& filed,
+                                                              const QzXmlAttributeView& view) {
     QzXmlName& name = filed.name_;
     setBytes(name.localName_, view.localName);
     setBytes(name.namespace_.prefix_, view.prefix);
