@@ -3143,17 +3143,6 @@ void QzXmlReader::readStrictNextNode() {
 void QzXmlReader::readStrictContent() {
     nodeType_ = Content;
     const Byte* start = cursor_;
-    // Indentation between tags, the most common text of all, needs no closer look.
-    const Byte* blank = cursor_;
-    while (blank < limit_ && (*blank == ' ' || *blank == '\n' || *blank == '\t'))
-        ++blank;
-    if (depth_ > 0 && limit_ - blank >= 2 && blank[0] == '<' && blank[1] != '?' &&
-        blank[1] != '!') {
-        checkTextLength(start, blank - cursor_);
-        viewText(cursor_, blank);
-        cursor_ = const_cast<Byte*>(blank);
-        return;
-    }
     Byte* stop = scanStrictText(cursor_);
     // Most texts run straight to the next tag, as in the lenient reader.
     if (depth_ > 0 && limit_ - stop >= 2 && stop[0] == '<' && stop[1] != '?' && stop[1] != '!') {
