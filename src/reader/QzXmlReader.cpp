@@ -277,6 +277,23 @@ const char* findColon(const char* first, const char* last) {
     return first;
 }
 
+// The same for a name of the buffer that ends at end: sixteen bytes looked at in one go when
+// the name is no longer and the buffer holds them.
+const char* findColon(const char* first, const char* last, const Byte* end) {
+#ifdef QZXML_SSE2
+    if (last - first <= 16 && reinterpret_cast<const char*>(end) - first >= 16) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(first));
+        const unsigned colons =
+            static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(':')))) &
+            ((1u << (last - first)) - 1);
+        return colons != 0 ? first + __builtin_ctz(colons) : last;
+    }
+#else
+    static_cast<void>(end);
+#endif
+    return findColon(first, last);
+}
+
 bool isXmlns(const char* text, std::size_t length) {
     return length == 5 && std::memcmp(text, "xmlns", 5) == 0;
 }
@@ -1264,7 +1281,7 @@ void QzXmlReader::readAttributeAs() {
     attribute.name = scanNameAs<Checked>();
     attribute.nameLength = cursor_ - attribute.name;
     const char* name = chars(attribute.name);
-    const char* colon = findColon(name, name + attribute.nameLength);
+    const char* colon = findColon(name, name + attribute.nameLength, limit_);
     if (colon != name + attribute.nameLength) attribute.localStart = colon - name + 1;
     if constexpr (Checked) {
         if (staged_.size() >= maxAttributes_) {
@@ -2194,7 +2211,8 @@ void QzXmlReader::checkQName(const Byte* start, const Byte* end, std::size_t loc
         local < end &&
         (*local < 0x80 ? kAsciiNameStart[*local] && *local != ':'
                        : QzXmlCharChecks::isNameStartChar(QzXmlCharChecks::decode(after)));
-    if (localStart == 1 || !localStarts || findColon(chars(local), chars(end)) != chars(end)) {
+    if (localStart == 1 || !localStarts ||
+        findColon(chars(local), chars(end), limit_) != chars(end)) {
         errAt(start, QzCString("The ") + what + " name '" + QzCString(chars(start), end - start) +
                          "' is not a qualified name: expected a prefix, one colon and a local "
                          "name, each a name without colons");
