@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstring>
 #include <istream>
 #include <string>
@@ -2101,6 +2100,10 @@ bool startsWith(const Byte* p, const Byte* limit, const char (&literal)[N]) {
     return static_cast<std::size_t>(limit - p) >= N - 1 && std::memcmp(p, literal, N - 1) == 0;
 }
 
+bool isAsciiLetter(Byte b) {
+    return (b >= 'a' && b <= 'z') || (b >= 'A' && b <= 'Z');
+}
+
 bool equalsIgnoringCase(const Byte* p, std::size_t length, const char* upper) {
     if (std::strlen(upper) != length) return false;
     for (std::size_t i = 0; i < length; ++i) {
@@ -2294,9 +2297,11 @@ const QzXmlReader::Byte* QzXmlReader::readStrictXmlDecl() {
             readStrictEq();
             const Byte* name = readStrictLiteral("a quoted encoding name");
             const std::size_t length = cursor_ - 1 - name;
-            bool valid = length > 0 && std::isalpha(name[0]);
-            for (std::size_t i = 1; valid && i < length; ++i)
-                valid = std::isalnum(name[i]) || name[i] == '.' || name[i] == '_' || name[i] == '-';
+            bool valid = length > 0 && isAsciiLetter(name[0]);
+            for (std::size_t i = 1; valid && i < length; ++i) {
+                valid = isAsciiLetter(name[i]) || (name[i] >= '0' && name[i] <= '9') ||
+                        name[i] == '.' || name[i] == '_' || name[i] == '-';
+            }
             if (!valid) {
                 errAt(name,
                       "Expected an encoding name (a letter, then letters, digits, '.', '_' or "
@@ -2329,6 +2334,12 @@ const QzXmlReader::Byte* QzXmlReader::readStrictXmlDecl() {
 // The declared encoding must name the one the bytes are in; a declared 8-bit encoding is
 // then decoded as the lenient reader decodes it.
 void QzXmlReader::agreeOnEncoding(const QzCString& detected, bool utf8Mark, const Byte* at) {
+    // UTF-8 declared for UTF-8 bytes, nearly every document, leaves nothing to do.
+    if (detected == "UTF-8" &&
+        equalsIgnoringCase(reinterpret_cast<const Byte*>(encodingName_.data()),
+                           encodingName_.length(), "UTF-8")) {
+        return;
+    }
     const QzCString declared = encodingName_;
     const QzCString upper = upperCase(declared);
     // Built only when needed: a document that agrees allocates nothing here.
