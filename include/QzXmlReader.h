@@ -359,9 +359,12 @@ private:
     const Byte* scanStrictName();
     void checkQName(const Byte* start, const Byte* end, const char* what);
     void checkQName(const Byte* start, const Byte* end, std::size_t localStart, const char* what);
+    void checkQNameFully(const Byte* start, const Byte* end, std::size_t localStart,
+                         const char* what);
     void checkStrictTag(const Byte* name, const Byte* nameEnd);
     void checkDeclaration(const StagedAttribute& a);
     void checkElementPrefix(const Byte* name, const Byte* nameEnd);
+    [[noreturn]] void errElementPrefix(const Byte* name);
     void checkAttributeNamespaces();
     const StagedAttribute& stagedNamed(std::string_view qualifiedName) const;
     [[noreturn]] void errRepeatedAttribute(const char* what);

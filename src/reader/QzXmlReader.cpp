@@ -2204,12 +2204,23 @@ void QzXmlReader::checkQName(const Byte* start, const Byte* end, const char* wha
     checkQName(start, end, colon - chars(start) + 1, what);
 }
 
-// The same for a name whose first colon is known to stand just before localStart.
-void QzXmlReader::checkQName(const Byte* start, const Byte* end, std::size_t localStart,
-                             const char* what) {
+// The same for a name whose first colon is known to stand just before localStart: a local
+// name of ASCII first character and no colon, the common case, is checked here, in line.
+[[gnu::always_inline]] inline void QzXmlReader::checkQName(const Byte* start, const Byte* end,
+                                                           std::size_t localStart,
+                                                           const char* what) {
+    const Byte* local = start + localStart;
+    if (localStart == 1 || local >= end || *local >= 0x80 || !kAsciiNameStart[*local] ||
+        *local == ':' || findColon(chars(local), chars(end), limit_) != chars(end)) {
+        checkQNameFully(start, end, localStart, what);
+    }
+}
+
+// ("a:" and "a::b" fail here too).
+void QzXmlReader::checkQNameFully(const Byte* start, const Byte* end, std::size_t localStart,
+                                  const char* what) {
     const Byte* local = start + localStart;
     const Byte* after = local;
-    // ASCII first characters, the common case, by the table ("a:" and "a::b" fail here too).
     const bool localStarts =
         local < end &&
         (*local < 0x80 ? kAsciiNameStart[*local] && *local != ':'
@@ -2897,9 +2908,13 @@ bool QzXmlReader::leaveEntity() {
 void QzXmlReader::checkStrictTag(const Byte* name, const Byte* nameEnd) {
     if (depth_ == (nodeType_ == StartTag ? 1 : 0)) rootSeen_ = true;
     std::size_t defaultDeclarations = 0;
+    bool prefixed = false;
     for (const StagedAttribute& a : staged_) {
         if (a.localStart != 0) checkQName(a.name, a.name + a.nameLength, a.localStart, "attribute");
-        if (!declares(a)) continue;
+        if (!declares(a)) {
+            prefixed = prefixed || a.localStart != 0;
+            continue;
+        }
         checkDeclaration(a);
         defaultDeclarations += a.localStart == 0;
     }
@@ -2907,14 +2922,16 @@ void QzXmlReader::checkStrictTag(const Byte* name, const Byte* nameEnd) {
     if (view_.attributeCount_ != staged_.size() || defaultDeclarations > 1) {
         errRepeatedAttribute("the name");
     }
-    checkAttributeNamespaces();
+    // Only prefixed attributes other than declarations have namespaces to check.
+    if (prefixed) checkAttributeNamespaces();
     // Names stay where they are: the document and the replacement texts outlive the reader's
     // reading of them.
     if (nodeType_ == StartTag) openNames_.emplace_back(chars(name), nameEnd - name);
 }
 
 // After the name is resolved: a prefix must be declared, and is never xmlns.
-void QzXmlReader::checkElementPrefix(const Byte* name, const Byte* nameEnd) {
+[[gnu::always_inline]] inline void QzXmlReader::checkElementPrefix(const Byte* name,
+                                                                   const Byte* nameEnd) {
     const std::string_view prefix = view_.prefix();
     // Split at its first colon, the name is a qualified name when nothing is left over.
     if (prefix.empty()) {
@@ -2922,13 +2939,16 @@ void QzXmlReader::checkElementPrefix(const Byte* name, const Byte* nameEnd) {
         return;
     }
     checkQName(name, nameEnd, prefix.size() + 1, "element");
+    if (view_.uri_.empty() || isXmlns(prefix.data(), prefix.size())) errElementPrefix(name);
+}
+
+void QzXmlReader::errElementPrefix(const Byte* name) {
+    const std::string_view prefix = view_.prefix();
     if (isXmlns(prefix.data(), prefix.size())) {
         errAt(name, "The prefix 'xmlns' is reserved for namespace declarations");
     }
-    if (view_.uri_.empty()) {
-        errAt(name, "The namespace prefix '" + QzCString(std::string(prefix)) + "' of element '" +
-                        QzCString(std::string(view_.qualifiedName_)) + "' is not declared");
-    }
+    errAt(name, "The namespace prefix '" + QzCString(std::string(prefix)) + "' of element '" +
+                    QzCString(std::string(view_.qualifiedName_)) + "' is not declared");
 }
 
 // The filed attributes, sorted by local name: prefixes must be declared, and no two share a
