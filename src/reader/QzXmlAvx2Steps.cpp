@@ -11,8 +11,9 @@ using Byte = QzXmlAvx2Steps::Byte;
 
 // UTF-8 is checked two bytes at a time, the byte before and the byte at hand, by three tables
 // looked up by the high and low half of the byte before and the high half of the byte at
-// hand; each sets a bit for every fault that its half allows, so that a fault is present
-// where all three set its bit. Each fault is so a product of three sets of halves.
+// hand (the published lookup validation of Keiser and Lemire): each sets a bit for every fault
+// that its half allows, so that a fault is present where all three set its bit. Each fault is
+// so a product of three sets of halves.
 enum Fault : std::uint8_t {
     kTooShort = 1,           // a lead from C0, then no continuation
     kTooLong = 2,            // ASCII, then a continuation
@@ -32,8 +33,7 @@ constexpr bool within(int n, int low, int high) {
     return n >= low && n <= high;
 }
 
-// A table or a byte for each byte of a register, ready to load: a call loads no more than a
-// step needs (short texts make many calls).
+// The tables, and the bytes compared with, each filling a register.
 struct alignas(32) Constants {
     Byte before[32], beforeLow[32], high[32], stopHigh[32], stopLow[32], controlLow[32];
     Byte halves[32], leadE0[32], leadF0[32], top[32], one[32], ef[32], bf[32];
@@ -92,10 +92,6 @@ inline void halves(__m256i v, __m256i& upper, __m256i& lower) {
     upper = _mm256_and_si256(_mm256_srli_epi16(v, 4), load(kConstants.halves));
     lower = _mm256_and_si256(v, load(kConstants.halves));
 }
-
-}  // namespace
-
-namespace {
 
 // One step of thirty-two bytes: where it stops text, and the faults of its UTF-8 (zero bytes
 // where there are none).
