@@ -2217,7 +2217,7 @@ void QzXmlReader::checkQName(const Byte* start, const Byte* end, const char* wha
     }
 }
 
-// ("a:" and "a::b" fail here too).
+// The whole check, non-ASCII local names included ("a:" and "a::b" fail here too).
 void QzXmlReader::checkQNameFully(const Byte* start, const Byte* end, std::size_t localStart,
                                   const char* what) {
     const Byte* local = start + localStart;
