@@ -142,11 +142,7 @@ QzXmlAvx2Steps::Reach closeSteps(const Byte* p, const Byte* last, const Byte (&s
     for (; last - p >= 32; p += 32) {
         const Step s = step(p, previous, stopLow);
         const std::uint32_t wrong = nonzero(s.faults);
-        if ((s.stops | wrong) == 0) continue;
-        // A fault shows at the latest where a stop interrupts a sequence, so a stop before
-        // the first fault ends clean text.
-        if ((s.stops & (wrong - 1) & ~wrong) != 0) return {p + __builtin_ctz(s.stops), true};
-        return {p, false};
+        if ((s.stops | wrong) != 0) return QzXmlAvx2Steps::reachIn(p, s.stops, wrong);
     }
     return {p, false};
 }
@@ -167,10 +163,9 @@ QzXmlAvx2Steps::Reach QzXmlAvx2Steps::cleanSteps(const Byte* p, const Byte* last
             faults = _mm256_or_si256(faults, s.faults);
             continue;
         }
-        // Faults of this step after its first stop do not matter.
-        const std::uint32_t wrong = nonzero(s.faults) & (s.stops ^ (s.stops - 1));
-        if (_mm256_testz_si256(faults, faults) && wrong == 0) {
-            return {p + __builtin_ctz(s.stops), true};
+        if (_mm256_testz_si256(faults, faults)) {
+            const Reach reach = reachIn(p, s.stops, nonzero(s.faults));
+            if (reach.stop) return reach;
         }
         return closeSteps(first, last, stopLow);
     }

@@ -128,6 +128,8 @@ public:
     static QzCString describe(const Byte* p, const Byte* last);
 
 private:
+    using Reach = QzXmlAvx2Steps::Reach;
+
     static bool isContinuation(Byte b) {
         return (b & 0xC0) == 0x80;
     }
@@ -182,8 +184,6 @@ private:
     /// Whether the vector steps are AVX2's.
     static bool avx2_;
 
-    using Reach = QzXmlAvx2Steps::Reach;
-
     /// Vector steps from p over text that needs no closer look, by the widest instructions
     /// the processor has: up to the first "<", "&" or "]" when Markup (a stop), or the
     /// control, AVX2 steps find when nothing is amiss before it; else to the start of the
@@ -225,11 +225,7 @@ private:
             const unsigned odd = mask(_mm_cmplt_epi8(v, _mm_set1_epi8(0x20)));
             if ((markup | odd | context.open) == 0) continue;
             const unsigned wrong = faults(v, context);
-            if ((markup | wrong) == 0) continue;
-            // A fault shows at the latest where markup interrupts a sequence, so markup before
-            // the first fault ends clean text.
-            if ((markup & (wrong - 1) & ~wrong) != 0) return {p + __builtin_ctz(markup), true};
-            return {p, false};
+            if ((markup | wrong) != 0) return QzXmlAvx2Steps::reachIn(p, markup, wrong);
         }
         return {p, false};
     }
@@ -305,11 +301,6 @@ private:
     }
 #else
     static constexpr std::ptrdiff_t kWalk = PTRDIFF_MAX / 4;
-
-    struct Reach {
-        const Byte* at;
-        bool stop;
-    };
 
     template <bool Markup>
     static Reach vectorSteps(const Byte* p, const Byte*) {
