@@ -68,3 +68,51 @@ TEST(QzXmlWriterScopes, AnswersAsTheNamespaceStackDoes) {
         }
     }
 }
+
+// Declarations made later are decided only when a question comes; the answers must be those
+// of deciding each at once, whatever came between: scopes opened and closed, declarations
+// made at once, questions asked rarely so that many wait together.
+TEST(QzXmlWriterScopes, DeclarationsDecidedLaterAnswerAsIfDecidedAtOnce) {
+    std::mt19937 random(20261125);
+    for (int round = 0; round < 20; ++round) {
+        QzXmlWriterScopes scopes;
+        QzXmlNamespaceStack stack;
+        const int keys = round % 2 ? 4 : 300;
+        auto key = [&](const char* stem) {
+            return QzCString(stem + std::to_string(random() % keys));
+        };
+        for (int step = 0; step < 4000; ++step) {
+            const unsigned action = random() % 20;
+            if (action < 5) {
+                scopes.pushScope();
+                stack.pushScope();
+            } else if (action < 9) {
+                scopes.popScope();
+                stack.popScope();
+            } else {
+                const QzXmlNamespace ns(random() % 8 ? key("p") : QzCString(), key("urn:"));
+                const QzCString& prefix = ns.getPrefix();
+                const QzCString& uri = ns.getURI();
+                try {
+                    if (action == 9 || stack.getPrefixForURI(uri).empty()) stack.addNamespace(ns);
+                } catch (const QzXmlInternalError&) {
+                    EXPECT_THROW(scopes.addNamespaceUnlessPrefixedLater("p", "u"),
+                                 QzXmlInternalError);
+                    continue;
+                }
+                if (action == 9) {
+                    scopes.addNamespace(prefix, uri);
+                } else if (action == 10) {
+                    scopes.addNamespaceUnlessPrefixed(prefix, uri);
+                } else {
+                    scopes.addNamespaceUnlessPrefixedLater(prefix, uri);
+                }
+            }
+            if (random() % 6 != 0) continue;
+            ASSERT_EQ(stack.getURIForPrefix(""), scopes.getDefaultURI());
+            ASSERT_EQ(namespacesOf(stack), namespacesOf(scopes));
+            const QzCString uri = key("urn:");
+            ASSERT_EQ(stack.getPrefixForURI(uri), scopes.getPrefixForURI(uri));
+        }
+    }
+}

@@ -139,6 +139,31 @@ TEST(QzXmlWriter, DeclaresEachNamespaceWhereFirstNeeded) {
         w.getString().std());
 }
 
+// Elements without a namespace ask the scopes nothing, so their attributes' pseudo-
+// declarations wait; the first prefixed name below them must still see every one, in order,
+// and none of those closed before it.
+TEST(QzXmlWriter, PseudoDeclarationsOfAncestorsWithoutNamespacesCount) {
+    QzXmlStringWriter w;
+    QzXmlAttributeSet outer, middle, closed;
+    outer.add(QzXmlName("a"), "urn:x");
+    middle.add(QzXmlName("b"), "urn:y");
+    middle.add(QzXmlName("c"), "urn:x");  // urn:x has prefix a already: c is not added
+    closed.add(QzXmlName("z"), "urn:z");
+    w.writeElementStart(QzXmlName("r"), outer, false);
+    w.writeElementStart(QzXmlName("m"), middle, false);
+    w.writeElementStart(QzXmlName("gone"), closed, true);
+    w.writeElementStart(named("x", "p", "urn:x"), QzXmlAttributeSet(), true);
+    w.writeElementStart(named("y", "q", "urn:y"), QzXmlAttributeSet(), true);
+    w.writeElementStart(named("z", "s", "urn:z"), QzXmlAttributeSet(), true);
+    w.writeElementEnd(QzXmlName("m"));
+    w.writeElementStart(named("y", "q", "urn:y"), QzXmlAttributeSet(), true);
+    w.writeElementEnd(QzXmlName("r"));
+    EXPECT_EQ(
+        "<r a=\"urn:x\"><m b=\"urn:y\" c=\"urn:x\"><gone z=\"urn:z\"/><p:x/><q:y/>"
+        "<s:z xmlns:s=\"urn:z\"/></m><q:y xmlns:q=\"urn:y\"/></r>",
+        w.getString().std());
+}
+
 TEST(QzXmlWriter, WritesSimpleElementsAndDefaultDeclarationsItIsGiven) {
     QzXmlStringWriter w;
     w.writeSimpleElement("empty", "", "", false);

@@ -497,9 +497,17 @@ bool QzXmlWriter::registerNamespaces(const QzXmlAttributeSet& attributes) {
         const QzXmlName& name = attribute.getName();
         // Declarations, and with them every unqualified attribute, register their name as a
         // prefix bound to their value; the attribute itself then carries that declaration.
-        // The xmlns namespace has the empty URI, as unqualified attributes have.
+        // The xmlns namespace has the empty URI, as unqualified attributes have. Their values
+        // are seldom namespaces in use, and most elements end before anything asks: the
+        // scopes decide on them when asked.
         if (name.getURI().empty()) {
-            declareIfNecessary(name.getLocalName(), attribute.getValue());
+            const QzCString& prefix = name.getLocalName();
+            const QzCString& value = attribute.getValue();
+            if (prefix.empty() || value.empty()) {
+                declareIfNecessary(prefix, value);
+            } else {
+                scopes_->addNamespaceUnlessPrefixedLater(prefix, value);
+            }
         } else {
             const std::size_t before = scopes_->innermostSize();
             declareIfNecessary(name.getPrefix(), name.getURI());

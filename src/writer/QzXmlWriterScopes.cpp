@@ -1,5 +1,7 @@
 #include "QzXmlWriterScopes.h"
 
+#include <algorithm>
+
 #include "QzXmlAttributeSet.h"
 #include "QzXmlInternalError.h"
 
@@ -9,7 +11,7 @@ void QzXmlWriterScopes::pushScope() {
 
 // Latest declaration first, so that each key gets back the declaration it answered to before.
 // A declaration that answers for its URI is in the index under the URI's hash, so its slot
-// is found without comparing strings.
+// is found without comparing strings. Declarations kept aside answer for nothing yet.
 void QzXmlWriterScopes::popScope() {
     if (scopeStarts_.empty()) return;
     const std::size_t first = scopeStarts_.back();
@@ -28,39 +30,89 @@ void QzXmlWriterScopes::popScope() {
             defaultNamespace_ = declaration.defaultNamespace.hidden;
         }
     }
+    settled_ = std::min(settled_, count_);
     scopeStarts_.pop_back();
 }
 
-void QzXmlWriterScopes::addNamespace(const QzCString& prefix, const QzCString& uri) {
+// Both ways of adding at once share this, kept in line so that each costs no extra call.
+[[gnu::always_inline]] inline void QzXmlWriterScopes::addNow(const QzCString& prefix,
+                                                             const QzCString& uri,
+                                                             bool unlessPrefixed) {
+    settle();
     const std::size_t hash = QzXmlKeyIndex::hashOf(uri);
-    add(prefix, uri, hash, uriSlot(uri, hash));
+    const std::size_t slot = uriSlot(uri, hash);
+    if (unlessPrefixed && prefixedAt(slot)) return;
+    const std::int32_t index = append(prefix, uri);
+    link(index, hash, slot);
+    linkDefault(index);
+    settled_ = count_;
+}
+
+void QzXmlWriterScopes::addNamespace(const QzCString& prefix, const QzCString& uri) {
+    addNow(prefix, uri, false);
 }
 
 void QzXmlWriterScopes::addNamespaceUnlessPrefixed(const QzCString& prefix, const QzCString& uri) {
-    const std::size_t hash = QzXmlKeyIndex::hashOf(uri);
-    const std::size_t slot = uriSlot(uri, hash);
-    const std::int32_t bound = byURI_.at(slot);
-    if (bound == None || declarations_[bound].ns.getPrefix().empty()) add(prefix, uri, hash, slot);
+    addNow(prefix, uri, true);
 }
 
-void QzXmlWriterScopes::add(const QzCString& prefix, const QzCString& uri, std::size_t uriHash,
-                            std::size_t uriSlot) {
+// Whether the declaration is added depends on the URI's binding when it is made, which no
+// one asks about before the next question: it is decided then, in turn with the others kept
+// aside. A declaration of the empty prefix (the default namespace) is never kept aside.
+void QzXmlWriterScopes::addNamespaceUnlessPrefixedLater(const QzCString& prefix,
+                                                        const QzCString& uri) {
+    if (prefix.empty()) {
+        addNamespaceUnlessPrefixed(prefix, uri);
+    } else {
+        append(prefix, uri);
+    }
+}
+
+std::int32_t QzXmlWriterScopes::append(const QzCString& prefix, const QzCString& uri) {
     if (scopeStarts_.empty()) {
         throw QzXmlInternalError(QzCString("addNamespace called with no namespace scope open"));
     }
     if (count_ == declarations_.size()) declarations_.emplace_back();
-    const auto index = static_cast<std::int32_t>(count_);
-    Declaration& declaration = declarations_[count_++];
+    Declaration& declaration = declarations_[count_];
     declaration.ns.setPrefix(prefix);
     declaration.ns.setURI(uri);
     declaration.scope = static_cast<std::uint32_t>(scopeStarts_.size());
+    declaration.uri = Link{};
+    declaration.defaultNamespace = Link{};
+    declaration.absent = false;
+    return static_cast<std::int32_t>(count_++);
+}
+
+void QzXmlWriterScopes::link(std::int32_t index, std::size_t uriHash, std::size_t uriSlot) const {
+    Declaration& declaration = declarations_[index];
     declaration.uriHash = uriHash;
     const std::int32_t current = byURI_.at(uriSlot);
-    declaration.uri = Link{current, takesOver(current)};
+    declaration.uri = Link{current, takesOver(current, declaration.scope)};
     if (declaration.uri.answers) byURI_.put(uriSlot, uriHash, index);
+}
+
+void QzXmlWriterScopes::linkDefault(std::int32_t index) {
+    Declaration& declaration = declarations_[index];
     declaration.defaultNamespace =
-        Link{defaultNamespace_, prefix.empty() && takesOver(defaultNamespace_)};
+        Link{defaultNamespace_,
+             declaration.ns.getPrefix().empty() && takesOver(defaultNamespace_, declaration.scope)};
     if (declaration.defaultNamespace.answers) defaultNamespace_ = index;
+}
+
+void QzXmlWriterScopes::settleAside() const {
+    for (; settled_ < count_; ++settled_) {
+        Declaration& declaration = declarations_[settled_];
+        const QzCString& uri = declaration.ns.getURI();
+        const std::size_t hash = QzXmlKeyIndex::hashOf(uri);
+        const std::size_t slot = uriSlot(uri, hash);
+        declaration.absent = prefixedAt(slot);
+        if (!declaration.absent) link(static_cast<std::int32_t>(settled_), hash, slot);
+    }
+}
+
+bool QzXmlWriterScopes::prefixedAt(std::size_t uriSlot) const {
+    const std::int32_t bound = byURI_.at(uriSlot);
+    return bound != None && !declarations_[bound].ns.getPrefix().empty();
 }
 
 std::size_t QzXmlWriterScopes::uriSlot(const QzCString& uri, std::size_t hash) const {
@@ -69,8 +121,8 @@ std::size_t QzXmlWriterScopes::uriSlot(const QzCString& uri, std::size_t hash) c
     });
 }
 
-bool QzXmlWriterScopes::takesOver(std::int32_t current) const {
-    return current == None || declarations_[current].scope != scopeStarts_.size();
+bool QzXmlWriterScopes::takesOver(std::int32_t current, std::uint32_t scope) const {
+    return current == None || declarations_[current].scope != scope;
 }
 
 const QzCString& QzXmlWriterScopes::getDefaultURI() const {
@@ -79,6 +131,7 @@ const QzCString& QzXmlWriterScopes::getDefaultURI() const {
 }
 
 const QzCString& QzXmlWriterScopes::getPrefixForURI(const QzCString& uri) const {
+    settle();
     const std::int32_t found = byURI_.at(uriSlot(uri, QzXmlKeyIndex::hashOf(uri)));
     return found == None ? QzXmlAttributeSet::EmptyString : declarations_[found].ns.getPrefix();
 }

@@ -1,6 +1,7 @@
 #ifndef QZXMLWRITERSCOPES_H
 #define QZXMLWRITERSCOPES_H
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -15,7 +16,9 @@
 /// default namespace through a chain of the declarations that set it; array, index and
 /// strings are reused from element to element, so that once they have grown, opening,
 /// filling and closing scopes allocates nothing. The writer registers a declaration for
-/// every unqualified attribute, so this is on its path for every attribute it writes.
+/// every unqualified attribute, so this is on its path for every attribute it writes: such
+/// declarations are kept aside, unindexed, until a question needs them; most close with
+/// their element before any is asked.
 class QzXmlWriterScopes {
 public:
     void pushScope();
@@ -25,12 +28,16 @@ public:
     void addNamespace(const QzCString& prefix, const QzCString& uri);
     /// addNamespace, unless uri is bound to a prefix that is not empty.
     void addNamespaceUnlessPrefixed(const QzCString& prefix, const QzCString& uri);
+    /// addNamespaceUnlessPrefixed, decided when the next question needs it, as if at once:
+    /// for declarations whose URI is seldom bound and whose scope mostly closes unasked.
+    void addNamespaceUnlessPrefixedLater(const QzCString& prefix, const QzCString& uri);
     /// The URI bound to the empty prefix, or the shared empty string.
     const QzCString& getDefaultURI() const;
     /// The prefix bound to uri, or the shared empty string.
     const QzCString& getPrefixForURI(const QzCString& uri) const;
 
-    /// The number of declarations in the innermost scope.
+    /// The position after the innermost scope's last declaration, for forEachInnermost's
+    /// first (one that addNamespaceUnlessPrefixedLater left out still holds a position).
     std::size_t innermostSize() const noexcept {
         return scopeStarts_.empty() ? 0 : count_ - scopeStarts_.back();
     }
@@ -39,8 +46,10 @@ public:
     template <typename Visit>
     void forEachInnermost(Visit visit, std::size_t first = 0) const {
         if (scopeStarts_.empty()) return;
-        for (std::size_t i = scopeStarts_.back() + first; i < count_; ++i) {
-            visit(declarations_[i].ns);
+        const std::size_t start = scopeStarts_.back();
+        if (count_ > std::max(settled_, start)) settleAside();
+        for (std::size_t i = start + first; i < count_; ++i) {
+            if (!declarations_[i].absent) visit(declarations_[i].ns);
         }
     }
 
@@ -59,20 +68,37 @@ private:
         std::size_t uriHash = 0;
         Link uri;
         Link defaultNamespace;  ///< for an empty prefix only
+        bool absent = false;    ///< not added after all: its URI had a prefix
     };
 
     /// The slot of uri in byURI_.
     std::size_t uriSlot(const QzCString& uri, std::size_t hash) const;
-    void add(const QzCString& prefix, const QzCString& uri, std::size_t uriHash,
-             std::size_t uriSlot);
-    /// Whether a new declaration in the innermost scope takes over a key that answers to
-    /// current: within one scope the earliest declaration answers.
-    bool takesOver(std::int32_t current) const;
+    /// Whether the URI of a slot is bound to a prefix that is not empty.
+    bool prefixedAt(std::size_t uriSlot) const;
+    /// addNamespace, or addNamespaceUnlessPrefixed when unlessPrefixed, decided at once.
+    void addNow(const QzCString& prefix, const QzCString& uri, bool unlessPrefixed);
+    /// A declaration in the innermost scope, not yet in the index; its number.
+    std::int32_t append(const QzCString& prefix, const QzCString& uri);
+    /// Puts declaration index into the index, under uri's hash and slot.
+    void link(std::int32_t index, std::size_t uriHash, std::size_t uriSlot) const;
+    /// Makes declaration index answer for the default namespace when its prefix is empty.
+    void linkDefault(std::int32_t index);
+    /// Adds or leaves out the declarations kept aside, in the order they came.
+    void settle() const {
+        if (settled_ < count_) settleAside();
+    }
+    void settleAside() const;
+    /// Whether a new declaration of scope takes over a key that answers to current: within
+    /// one scope the earliest declaration answers.
+    bool takesOver(std::int32_t current, std::uint32_t scope) const;
 
-    std::vector<Declaration> declarations_;  ///< beyond count_, spares kept for their strings
+    // Settling changes what the declarations look like inside, not the answers: the const
+    // questions may settle.
+    mutable std::vector<Declaration> declarations_;  ///< beyond count_, spares for their strings
     std::size_t count_ = 0;
+    mutable std::size_t settled_ = 0;       ///< declarations from here on are kept aside
     std::vector<std::size_t> scopeStarts_;  ///< first declaration of each open scope
-    QzXmlKeyIndex byURI_;
+    mutable QzXmlKeyIndex byURI_;
     std::int32_t defaultNamespace_ = None;  ///< the declaration that answers for ""
 };
 
