@@ -26,93 +26,102 @@ std::vector<std::string> namespacesOf(const QzXmlNamespaceStack& stack) {
     return listed;
 }
 
+// Random steps taken on the writer's scopes and on the namespace stack alike: a scope pushed
+// (action below pushes) or popped (below pops), else a declaration made by declare, which
+// answers false where both refused for want of an open scope; then ask(scopes, stack, key,
+// random), unless it refused. Few distinct keys (every other round) make rebinding and hiding
+// frequent; many make the indexes grow and shrink through many deletions.
+template <class Declare, class Ask>
+void takeRandomSteps(std::uint32_t seed, unsigned actions, unsigned pushes, unsigned pops,
+                     Declare declare, Ask ask) {
+    std::mt19937 random(seed);
+    for (int round = 0; round < 20 && !::testing::Test::HasFatalFailure(); ++round) {
+        QzXmlWriterScopes scopes;
+        QzXmlNamespaceStack stack;
+        const int keys = round % 2 ? 4 : 300;
+        auto key = [&](const char* stem) {
+            return QzCString(stem + std::to_string(random() % keys));
+        };
+        for (int step = 0; step < 4000 && !::testing::Test::HasFatalFailure(); ++step) {
+            const unsigned action = random() % actions;
+            if (action < pushes) {
+                scopes.pushScope();
+                stack.pushScope();
+            } else if (action < pops) {
+                scopes.popScope();
+                stack.popScope();
+            } else {
+                const QzXmlNamespace ns(random() % 8 ? key("p") : QzCString(), key("urn:"));
+                if (!declare(scopes, stack, ns, action)) continue;
+            }
+            ask(scopes, stack, key, random);
+        }
+    }
+}
+
 }  // namespace
 
 // The writer's scopes must answer its two questions (the default namespace's URI, a URI's
 // prefix) exactly as the namespace stack does: innermost scope first,
 // the earliest declaration within a scope, and the bindings a closed scope hid come back.
-// Few distinct keys make rebinding and hiding frequent; deep runs make the indexes grow
-// and shrink through many deletions.
 TEST(QzXmlWriterScopes, AnswersAsTheNamespaceStackDoes) {
-    std::mt19937 random(20240611);
-    for (int round = 0; round < 20; ++round) {
-        QzXmlWriterScopes scopes;
-        QzXmlNamespaceStack stack;
-        const int keys = round % 2 ? 4 : 300;
-        auto key = [&](const char* stem) {
-            return QzCString(stem + std::to_string(random() % keys));
-        };
-        for (int step = 0; step < 4000; ++step) {
-            const unsigned action = random() % 10;
-            if (action < 3) {
-                scopes.pushScope();
-                stack.pushScope();
-            } else if (action < 5) {
-                scopes.popScope();
-                stack.popScope();
-            } else {
-                try {
-                    const QzXmlNamespace ns(random() % 8 ? key("p") : QzCString(), key("urn:"));
-                    stack.addNamespace(ns);
-                    scopes.addNamespace(ns.getPrefix(), ns.getURI());
-                } catch (const QzXmlInternalError&) {
-                    // No scope open: both refuse.
-                    EXPECT_THROW(scopes.addNamespace("p", "u"), QzXmlInternalError);
-                    continue;
-                }
+    takeRandomSteps(
+        20240611, 10, 3, 5,
+        [](QzXmlWriterScopes& scopes, QzXmlNamespaceStack& stack, const QzXmlNamespace& ns,
+           unsigned) {
+            try {
+                stack.addNamespace(ns);
+                scopes.addNamespace(ns.getPrefix(), ns.getURI());
+            } catch (const QzXmlInternalError&) {
+                // No scope open: both refuse.
+                EXPECT_THROW(scopes.addNamespace("p", "u"), QzXmlInternalError);
+                return false;
             }
+            return true;
+        },
+        [](const QzXmlWriterScopes& scopes, const QzXmlNamespaceStack& stack, auto& key, auto&) {
             const QzCString uri = key("urn:");
             ASSERT_EQ(stack.getPrefixForURI(uri), scopes.getPrefixForURI(uri));
             ASSERT_EQ(stack.getURIForPrefix(""), scopes.getDefaultURI());
             ASSERT_EQ(namespacesOf(stack), namespacesOf(scopes));
-        }
-    }
+        });
 }
 
 // Declarations made later are decided only when a question comes; the answers must be those
 // of deciding each at once, whatever came between: scopes opened and closed, declarations
-// made at once, questions asked rarely so that many wait together.
+// made at once, questions asked rarely and in either order, so that many wait together and
+// either kind of question decides them.
 TEST(QzXmlWriterScopes, DeclarationsDecidedLaterAnswerAsIfDecidedAtOnce) {
-    std::mt19937 random(20261125);
-    for (int round = 0; round < 20; ++round) {
-        QzXmlWriterScopes scopes;
-        QzXmlNamespaceStack stack;
-        const int keys = round % 2 ? 4 : 300;
-        auto key = [&](const char* stem) {
-            return QzCString(stem + std::to_string(random() % keys));
-        };
-        for (int step = 0; step < 4000; ++step) {
-            const unsigned action = random() % 20;
-            if (action < 5) {
-                scopes.pushScope();
-                stack.pushScope();
-            } else if (action < 9) {
-                scopes.popScope();
-                stack.popScope();
-            } else {
-                const QzXmlNamespace ns(random() % 8 ? key("p") : QzCString(), key("urn:"));
-                const QzCString& prefix = ns.getPrefix();
-                const QzCString& uri = ns.getURI();
-                try {
-                    if (action == 9 || stack.getPrefixForURI(uri).empty()) stack.addNamespace(ns);
-                } catch (const QzXmlInternalError&) {
-                    EXPECT_THROW(scopes.addNamespaceUnlessPrefixedLater("p", "u"),
-                                 QzXmlInternalError);
-                    continue;
-                }
-                if (action == 9) {
-                    scopes.addNamespace(prefix, uri);
-                } else if (action == 10) {
-                    scopes.addNamespaceUnlessPrefixed(prefix, uri);
-                } else {
-                    scopes.addNamespaceUnlessPrefixedLater(prefix, uri);
-                }
+    takeRandomSteps(
+        20261125, 20, 5, 9,
+        [](QzXmlWriterScopes& scopes, QzXmlNamespaceStack& stack, const QzXmlNamespace& ns,
+           unsigned action) {
+            const QzCString& prefix = ns.getPrefix();
+            const QzCString& uri = ns.getURI();
+            try {
+                if (action == 9 || stack.getPrefixForURI(uri).empty()) stack.addNamespace(ns);
+            } catch (const QzXmlInternalError&) {
+                EXPECT_THROW(scopes.addNamespaceUnlessPrefixedLater("p", "u"), QzXmlInternalError);
+                return false;
             }
-            if (random() % 6 != 0) continue;
+            if (action == 9) {
+                scopes.addNamespace(prefix, uri);
+            } else if (action == 10) {
+                scopes.addNamespaceUnlessPrefixed(prefix, uri);
+            } else {
+                scopes.addNamespaceUnlessPrefixedLater(prefix, uri);
+            }
+            return true;
+        },
+        [](const QzXmlWriterScopes& scopes, const QzXmlNamespaceStack& stack, auto& key,
+           auto& random) {
+            if (random() % 6 != 0) return;
+            const QzCString uri = key("urn:");
+            if (random() % 2 == 0) {
+                ASSERT_EQ(namespacesOf(stack), namespacesOf(scopes));
+            }
+            ASSERT_EQ(stack.getPrefixForURI(uri), scopes.getPrefixForURI(uri));
             ASSERT_EQ(stack.getURIForPrefix(""), scopes.getDefaultURI());
             ASSERT_EQ(namespacesOf(stack), namespacesOf(scopes));
-            const QzCString uri = key("urn:");
-            ASSERT_EQ(stack.getPrefixForURI(uri), scopes.getPrefixForURI(uri));
-        }
-    }
+        });
 }
