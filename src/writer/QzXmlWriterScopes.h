@@ -93,7 +93,8 @@ private:
     bool takesOver(std::int32_t current, std::uint32_t scope) const;
 
     // Settling changes what the declarations look like inside, not the answers: the const
-    // questions may settle.
+    // questions may settle (so even they are not for two threads at once; a writer asks
+    // them only from its own non-const operations).
     mutable std::vector<Declaration> declarations_;  ///< beyond count_, spares for their strings
     std::size_t count_ = 0;
     mutable std::size_t settled_ = 0;       ///< declarations from here on are kept aside
