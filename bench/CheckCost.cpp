@@ -53,14 +53,13 @@ double milliseconds(const Document& document, Scan scan, int passes) {
 }
 
 double readerMilliseconds(const Document& document, const char* name, int passes) {
-    for (const WorkloadEntry& entry : qzxmlWorkloads()) {
-        if (entry.name != name) continue;
-        const auto workload = entry.make();
-        workload->load(document);
-        return timePasses(*workload, passes).seconds * 1e3;
+    const std::unique_ptr<Workload> workload = makeWorkload(name);
+    if (!workload) {
+        std::fprintf(stderr, "no workload %s\n", name);
+        std::exit(2);
     }
-    std::fprintf(stderr, "no workload %s\n", name);
-    std::exit(2);
+    workload->load(document);
+    return timePasses(*workload, passes).seconds * 1e3;
 }
 
 std::uint64_t readBytes(const Byte* first, const Byte* last) {

@@ -2,7 +2,6 @@
 // benchmark runs it once per workload and document, so that what one workload leaves
 // behind does not count for the next.
 
-#include <algorithm>
 #include <cstdio>
 #include <exception>
 
@@ -16,16 +15,12 @@ int main(int argc, char** argv) {
         return 2;
     }
     try {
-        // The name is also the prefix of others' names (qz-strict, qz-strict-views).
-        const std::vector<WorkloadEntry> entries = selectWorkloads(argv[1]);
-        const auto entry = std::find_if(entries.begin(), entries.end(),
-                                        [&](const WorkloadEntry& e) { return e.name == argv[1]; });
-        if (entry == entries.end()) {
+        std::unique_ptr<Workload> workload = makeWorkload(argv[1]);
+        if (!workload) {
             std::fprintf(stderr, "no workload %s\n", argv[1]);
             return 2;
         }
         const Document document(argv[2]);
-        std::unique_ptr<Workload> workload = entry->make();
         workload->load(document);
         workload->prepare();
         // No warm-up pass: what a pass keeps for the next one is part of what it needs.

@@ -52,6 +52,10 @@ std::vector<WorkloadEntry> allWorkloads();
 /// The workloads whose names start with one of the comma-separated prefixes (all for "").
 std::vector<WorkloadEntry> selectWorkloads(const std::string& filter);
 
+/// The workload named exactly name (which may be the prefix of others' names); null when
+/// there is none.
+std::unique_ptr<Workload> makeWorkload(const std::string& name);
+
 /// Whether name starts with one of the comma-separated prefixes in filter ("" matches all).
 bool matchesFilter(const std::string& name, const std::string& filter);
 

@@ -21,6 +21,13 @@ bool matchesFilter(const std::string& name, const std::string& filter) {
     return false;
 }
 
+std::unique_ptr<Workload> makeWorkload(const std::string& name) {
+    for (const WorkloadEntry& entry : selectWorkloads(name)) {
+        if (entry.name == name) return entry.make();
+    }
+    return nullptr;
+}
+
 std::vector<WorkloadEntry> selectWorkloads(const std::string& filter) {
     std::vector<WorkloadEntry> selected;
     for (WorkloadEntry& entry : allWorkloads()) {
