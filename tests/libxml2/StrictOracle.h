@@ -168,24 +168,27 @@ inline std::string valueOf(const xmlAttr* attribute) {
     return out;
 }
 
-// libxml2 keeps an "&" of a namespace declaration's value as "&#38;" in the namespace name
-// (the value it reads is escaped for a later decoding that namespaces never get).
-inline std::string uriOf(const xmlNs* ns) {
+// Without entity substitution libxml2 keeps an "&" of a namespace declaration's value as
+// "&#38;" in the namespace name (the value it reads is escaped for a later decoding that
+// namespaces never get); with substitution the name is the value as decoded, and must not be
+// decoded again.
+inline std::string uriOf(const xmlNs* ns, bool escaped) {
     std::string uri = ns ? str(ns->href) : "";
+    if (!escaped) return uri;
     for (std::size_t at = 0; (at = uri.find("&#38;", at)) != std::string::npos; ++at)
         uri.replace(at, 5, "&");
     return uri;
 }
 
-inline void walk(const xmlNode* node, Events& events) {
+inline void walk(const xmlNode* node, Events& events, bool escaped) {
     for (; node != nullptr; node = node->next) {
         switch (node->type) {
             case XML_ELEMENT_NODE: {
                 std::vector<Attribute> attrs;
                 for (const xmlAttr* a = node->properties; a != nullptr; a = a->next)
-                    attrs.push_back({uriOf(a->ns), str(a->name), valueOf(a)});
-                events.start(uriOf(node->ns), str(node->name), attrs);
-                walk(node->children, events);
+                    attrs.push_back({uriOf(a->ns, escaped), str(a->name), valueOf(a)});
+                events.start(uriOf(node->ns, escaped), str(node->name), attrs);
+                walk(node->children, events, escaped);
                 events.end();
                 break;
             }
@@ -255,7 +258,7 @@ inline OracleReading readWithLibxml2(const std::string& document, bool expand = 
         detail::readDeclarations(ctxt->myDoc->intSubset, reading);
         if (reading.accepted) {
             Events events;
-            detail::walk(ctxt->myDoc->children, events);
+            detail::walk(ctxt->myDoc->children, events, !expand);
             reading.events = events.finish();
         }
         xmlFreeDoc(ctxt->myDoc);
