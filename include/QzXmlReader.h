@@ -277,6 +277,7 @@ private:
     void declareNamespaces(std::size_t count);
     void bindXmlPrefix();
     void sortAttributes();
+    void insertFrom(std::size_t sorted);
     struct Run;
     void sortRuns();
     bool loadHeads(const Run& run);
@@ -493,6 +494,7 @@ private:
         std::size_t last;
         std::size_t depth;
     };
+    static constexpr std::size_t ShortTag = 8;   ///< sorted by insertion from here down
     static constexpr std::size_t ShortRun = 32;  ///< sorted by comparison from here down
     std::vector<SortKey> order_;                 ///< sort permutation of staged_
     std::vector<SortKey> sortScratch_;           ///< the radix sort's second buffer

@@ -322,6 +322,39 @@ TEST(QzXmlReader, TagsReuseTheSlotsOfTheTagBefore) {
     EXPECT_TRUE(bad.getCurrentAttributes().empty());
 }
 
+TEST(QzXmlReader, ShortTagsFileAsOneByOneAddsWould) {
+    // Tags of one to nine attributes, one after another in a document: names that collide in
+    // their local part, their prefix or both (first spelling, last value), and values whose
+    // lengths grow and shrink past what the slots held before.
+    const std::string locals[] = {"a", "b", "ab", "\xC3\xA9"};
+    const std::string prefixes[] = {"", "p:", "q:"};
+    std::mt19937 random(5);
+    std::string document = "<r xmlns:p='u' xmlns:q='v'>";
+    std::string expected;
+    for (int tag = 0; tag < 2000; ++tag) {
+        document += "<e";
+        QzXmlAttributeSet set;
+        for (unsigned i = 0, n = 1 + random() % 9; i < n; ++i) {
+            const std::string prefix = prefixes[random() % 3];
+            const std::string local = locals[random() % 4];
+            const std::string value(random() % 40, static_cast<char>('a' + i));
+            document += " " + prefix + local + "='" + value + "'";
+            const std::string p = prefix.empty() ? "" : prefix.substr(0, 1);
+            const std::string uri = p.empty() ? "" : p == "p" ? "u" : "v";
+            set.add(QzXmlName(QzCString(local), QzXmlNamespace(QzCString(p), QzCString(uri))),
+                    QzCString(value));
+        }
+        document += "/>";
+        expected += attributes(set) + "\n";
+    }
+    QzXmlReader reader{QzCString(document + "</r>")};
+    std::string got;
+    for (reader.readNextNode(), reader.readNextNode();
+         reader.getNodeType() == QzXmlReader::EmptyElement; reader.readNextNode())
+        got += attributes(reader.getCurrentAttributes()) + "\n";
+    EXPECT_EQ(expected, got);
+}
+
 TEST(QzXmlReader, TextAndReferences) {
     EXPECT_EQ("a<bAB\xC3\xA9\xC3\xA9\xE2\x82\xAC&nbsp;'\"",
               text("<a>a&lt;b&#65;&#x42;&#xe9;&#xE9;&#x20AC;&nbsp;&apos;&quot;</a>"));
