@@ -39,8 +39,10 @@ public:
     static bool matchXsd(const QzXmlNamespace& ns);
 
 private:
-    // The reader fills names and values straight from the document, without temporaries.
+    // The reader fills names and values straight from the document, and the writer's scopes
+    // their declarations from their own store, without temporaries.
     friend class QzXmlReader;
+    friend class QzXmlWriterScopes;
 
     QzCString prefix_;
     QzCString uri_;

@@ -125,3 +125,27 @@ TEST(QzXmlWriterScopes, DeclarationsDecidedLaterAnswerAsIfDecidedAtOnce) {
             ASSERT_EQ(namespacesOf(stack), namespacesOf(scopes));
         });
 }
+
+// A URI found bound to a prefix is remembered so as not to be looked up again; the memory
+// must not outlive the binding, nor hold on when a nearer declaration takes the URI over.
+TEST(QzXmlWriterScopes, RememberedPrefixesGoWithTheirBindings) {
+    QzXmlWriterScopes scopes;
+    scopes.pushScope();
+    scopes.addNamespaceUnlessPrefixed("p", "u");
+    scopes.pushScope();
+    scopes.addNamespaceUnlessPrefixed("q", "u");
+    EXPECT_EQ("p", scopes.getPrefixForURI("u").std());
+    scopes.popScope();
+    scopes.popScope();
+    scopes.pushScope();
+    scopes.addNamespaceUnlessPrefixed("q", "u");
+    EXPECT_EQ("q", scopes.getPrefixForURI("u").std());
+
+    // Taken over by the default namespace: a URI not bound to a prefix is declared again.
+    scopes.pushScope();
+    scopes.addNamespaceUnlessPrefixed("r", "u");
+    scopes.addNamespace("", "u");
+    scopes.addNamespaceUnlessPrefixed("r", "u");
+    EXPECT_EQ("", scopes.getPrefixForURI("u").std());
+    EXPECT_EQ(std::vector<std::string>({"=u", "r=u"}), namespacesOf(scopes));
+}

@@ -1,6 +1,7 @@
 #include "QzXmlWriterScopes.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "QzXmlAttributeSet.h"
 #include "QzXmlInternalError.h"
@@ -19,6 +20,7 @@ void QzXmlWriterScopes::popScope() {
         const auto index = static_cast<std::int32_t>(--count_);
         const Declaration& declaration = declarations_[count_];
         if (declaration.uri.answers) {
+            ++takeovers_;
             const std::size_t slot = byURI_.slotHolding(declaration.uriHash, index);
             if (declaration.uri.hidden == None) {
                 byURI_.vacate(slot);
@@ -31,6 +33,7 @@ void QzXmlWriterScopes::popScope() {
         }
     }
     settled_ = std::min(settled_, count_);
+    asideSize_ = count_ == 0 ? 0 : declarations_[count_ - 1].asideEnd;
     scopeStarts_.pop_back();
 }
 
@@ -39,13 +42,34 @@ void QzXmlWriterScopes::popScope() {
                                                              const QzCString& uri,
                                                              bool unlessPrefixed) {
     settle();
+    if (unlessPrefixed && recentlyPrefixed(uri)) return;
     const std::size_t hash = QzXmlKeyIndex::hashOf(uri);
     const std::size_t slot = uriSlot(uri, hash);
-    if (unlessPrefixed && prefixedAt(slot)) return;
+    if (unlessPrefixed && prefixedAt(slot)) {
+        rememberPrefixed(byURI_.at(slot));
+        return;
+    }
     const std::int32_t index = append(prefix, uri);
     link(index, hash, slot);
     linkDefault(index);
     settled_ = count_;
+}
+
+bool QzXmlWriterScopes::recentlyPrefixed(const QzCString& uri) {
+    if (recentAt_ != takeovers_) {
+        recentPrefixed_.fill(None);
+        recentAt_ = takeovers_;
+        return false;
+    }
+    for (const std::int32_t index : recentPrefixed_) {
+        if (index != None && declarations_[index].ns.getURI() == uri) return true;
+    }
+    return false;
+}
+
+void QzXmlWriterScopes::rememberPrefixed(std::int32_t index) {
+    recentPrefixed_[recentNext_] = index;
+    recentNext_ = (recentNext_ + 1) % recentPrefixed_.size();
 }
 
 void QzXmlWriterScopes::addNamespace(const QzCString& prefix, const QzCString& uri) {
@@ -64,23 +88,42 @@ void QzXmlWriterScopes::addNamespaceUnlessPrefixedLater(const QzCString& prefix,
     if (prefix.empty()) {
         addNamespaceUnlessPrefixed(prefix, uri);
     } else {
-        append(prefix, uri);
+        keepAside(prefix, uri);
     }
 }
 
-std::int32_t QzXmlWriterScopes::append(const QzCString& prefix, const QzCString& uri) {
+QzXmlWriterScopes::Declaration& QzXmlWriterScopes::next() {
     if (scopeStarts_.empty()) {
         throw QzXmlInternalError(QzCString("addNamespace called with no namespace scope open"));
     }
     if (count_ == declarations_.size()) declarations_.emplace_back();
     Declaration& declaration = declarations_[count_];
-    declaration.ns.setPrefix(prefix);
-    declaration.ns.setURI(uri);
     declaration.scope = static_cast<std::uint32_t>(scopeStarts_.size());
     declaration.uri = Link{};
     declaration.defaultNamespace = Link{};
     declaration.absent = false;
+    declaration.asideEnd = asideSize_;
+    return declaration;
+}
+
+std::int32_t QzXmlWriterScopes::append(const QzCString& prefix, const QzCString& uri) {
+    Declaration& declaration = next();
+    declaration.ns.setPrefix(prefix);
+    declaration.ns.setURI(uri);
     return static_cast<std::int32_t>(count_++);
+}
+
+void QzXmlWriterScopes::keepAside(const QzCString& prefix, const QzCString& uri) {
+    Declaration& declaration = next();
+    const std::size_t size = asideSize_ + prefix.length() + uri.length();
+    if (size > aside_.size()) aside_.resize(std::max(size, 2 * aside_.size()));
+    char* out = aside_.data() + asideSize_;
+    std::memcpy(out, prefix.data(), prefix.length());
+    std::memcpy(out + prefix.length(), uri.data(), uri.length());
+    declaration.prefixLength = prefix.length();
+    declaration.uriLength = uri.length();
+    declaration.asideEnd = asideSize_ = size;
+    ++count_;
 }
 
 void QzXmlWriterScopes::link(std::int32_t index, std::size_t uriHash, std::size_t uriSlot) const {
@@ -88,7 +131,10 @@ void QzXmlWriterScopes::link(std::int32_t index, std::size_t uriHash, std::size_
     declaration.uriHash = uriHash;
     const std::int32_t current = byURI_.at(uriSlot);
     declaration.uri = Link{current, takesOver(current, declaration.scope)};
-    if (declaration.uri.answers) byURI_.put(uriSlot, uriHash, index);
+    if (declaration.uri.answers) {
+        ++takeovers_;
+        byURI_.put(uriSlot, uriHash, index);
+    }
 }
 
 void QzXmlWriterScopes::linkDefault(std::int32_t index) {
@@ -102,6 +148,10 @@ void QzXmlWriterScopes::linkDefault(std::int32_t index) {
 void QzXmlWriterScopes::settleAside() const {
     for (; settled_ < count_; ++settled_) {
         Declaration& declaration = declarations_[settled_];
+        const char* prefix =
+            aside_.data() + declaration.asideEnd - declaration.uriLength - declaration.prefixLength;
+        declaration.ns.prefix_.assign(prefix, declaration.prefixLength);
+        declaration.ns.uri_.assign(prefix + declaration.prefixLength, declaration.uriLength);
         const QzCString& uri = declaration.ns.getURI();
         const std::size_t hash = QzXmlKeyIndex::hashOf(uri);
         const std::size_t slot = uriSlot(uri, hash);

@@ -2,6 +2,7 @@
 #define QZXMLWRITERSCOPES_H
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -63,12 +64,16 @@ private:
         bool answers = false;
     };
     struct Declaration {
-        QzXmlNamespace ns;
+        QzXmlNamespace ns;  ///< for one kept aside, filled when it is settled
         std::uint32_t scope = 0;
         std::size_t uriHash = 0;
         Link uri;
         Link defaultNamespace;  ///< for an empty prefix only
         bool absent = false;    ///< not added after all: its URI had a prefix
+        // One kept aside has its prefix and URI, one after the other, in aside_ up to here.
+        std::size_t asideEnd = 0;
+        std::size_t prefixLength = 0;
+        std::size_t uriLength = 0;
     };
 
     /// The slot of uri in byURI_.
@@ -79,6 +84,10 @@ private:
     void addNow(const QzCString& prefix, const QzCString& uri, bool unlessPrefixed);
     /// A declaration in the innermost scope, not yet in the index; its number.
     std::int32_t append(const QzCString& prefix, const QzCString& uri);
+    /// The next declaration of the innermost scope, its strings untouched; count_ not moved.
+    Declaration& next();
+    /// Copies prefix and uri into aside_ for the next declaration.
+    void keepAside(const QzCString& prefix, const QzCString& uri);
     /// Puts declaration index into the index, under uri's hash and slot.
     void link(std::int32_t index, std::size_t uriHash, std::size_t uriSlot) const;
     /// Makes declaration index answer for the default namespace when its prefix is empty.
@@ -100,6 +109,22 @@ private:
     mutable std::size_t settled_ = 0;       ///< declarations from here on are kept aside
     std::vector<std::size_t> scopeStarts_;  ///< first declaration of each open scope
     mutable QzXmlKeyIndex byURI_;
+    /// Whether uri is one of recentPrefixed_'s, which still answer for their URIs.
+    bool recentlyPrefixed(const QzCString& uri);
+    /// Remembers the declaration that answers for a URI with a prefix.
+    void rememberPrefixed(std::int32_t index);
+
+    // The declarations last found answering for URIs with a prefix: names mostly share the
+    // namespaces of the few names before, and while no declaration takes a URI over or goes
+    // (takeovers_ as at recentAt_) they still answer, without hashing the URI again.
+    std::array<std::int32_t, 4> recentPrefixed_{None, None, None, None};
+    std::size_t recentNext_ = 0;
+    std::uint64_t recentAt_ = 0;
+    mutable std::uint64_t takeovers_ = 0;
+    // The bytes of the declarations kept aside, cheaper to fill than two strings each; cut
+    // back as their scopes close.
+    std::vector<char> aside_;
+    std::size_t asideSize_ = 0;
     std::int32_t defaultNamespace_ = None;  ///< the declaration that answers for ""
 };
 
