@@ -256,7 +256,7 @@ bool hasNamespaceAttribute(const QzXmlAttributeSet& attributes, const QzXmlNames
     return found != attributes.end() && found->getValue() == ns.getURI();
 }
 
-char* copyInto(const QzCString& text, char* out) {
+[[gnu::always_inline]] inline char* copyInto(const QzCString& text, char* out) {
     return copyInto(text.data(), text.length(), out);
 }
 
