@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "QzBoundsErr.h"
+#include "QzXmlByteScan.h"
 #include "QzXmlCharChecks.h"
 #include "QzXmlCharInfo.h"
 #include "QzXmlDoctype.h"
@@ -103,10 +104,9 @@ Byte* skipUntil(Byte* p, const Byte* limit, const ByteTable& table) {
 
 // Three stop bytes for a scan, also as a table for the byte-at-a-time tail.
 struct StopBytes {
-    char bytes[4];
+    QzXmlByteScan<3> scan;
     ByteTable table;
-    constexpr explicit StopBytes(const char (&three)[4])
-        : bytes{three[0], three[1], three[2], 0}, table(three) {}
+    constexpr explicit StopBytes(const char (&three)[4]) : scan(three), table(three) {}
 };
 
 constexpr StopBytes kContentStop("<&\r");
@@ -116,18 +116,7 @@ constexpr StopBytes kSingleQuotedStop("<&'");
 // The first stop byte from p on, or limit: sixteen bytes a step where the processor allows,
 // since texts and values are mostly long runs.
 [[gnu::always_inline]] inline Byte* findStop(Byte* p, const Byte* limit, const StopBytes& stops) {
-#ifdef QZXML_SSE2
-    const __m128i a = _mm_set1_epi8(stops.bytes[0]);
-    const __m128i b = _mm_set1_epi8(stops.bytes[1]);
-    const __m128i c = _mm_set1_epi8(stops.bytes[2]);
-    for (; limit - p >= 16; p += 16) {
-        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-        const __m128i hit = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, a), _mm_cmpeq_epi8(v, b)),
-                                         _mm_cmpeq_epi8(v, c));
-        const int mask = _mm_movemask_epi8(hit);
-        if (mask != 0) return p + __builtin_ctz(static_cast<unsigned>(mask));
-    }
-#endif
+    if (Byte* stop = stops.scan.find(p, limit)) return stop;
     return skipUntil(p, limit, stops.table);
 }
 

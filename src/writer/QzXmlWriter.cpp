@@ -6,7 +6,7 @@
 #include <memory>
 #include <typeinfo>
 
-#include "QzXmlSimd.h"
+#include "QzXmlByteScan.h"
 #include "QzXmlStringWriter.h"
 #include "QzXmlWriterScopes.h"
 
@@ -137,36 +137,15 @@ std::uint64_t candidateBytes(std::uint64_t word) {
     return found;
 }
 
-#ifdef QZXML_SSE2
-// Sixteen bytes at a time while that many remain: the first byte that either table may
-// replace, or null.
-const char* findCandidateInBlocks(const char*& in, const char* end) {
-    const __m128i amp = _mm_set1_epi8('&');
-    const __m128i lt = _mm_set1_epi8('<');
-    const __m128i gt = _mm_set1_epi8('>');
-    const __m128i quot = _mm_set1_epi8('"');
-    const __m128i apos = _mm_set1_epi8('\'');
-    const __m128i cr = _mm_set1_epi8('\r');
-    for (; end - in >= 16; in += 16) {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
-        const __m128i hits = _mm_or_si128(
-            _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, amp), _mm_cmpeq_epi8(bytes, lt)),
-                         _mm_or_si128(_mm_cmpeq_epi8(bytes, gt), _mm_cmpeq_epi8(bytes, quot))),
-            _mm_or_si128(_mm_cmpeq_epi8(bytes, apos), _mm_cmpeq_epi8(bytes, cr)));
-        if (const int mask = _mm_movemask_epi8(hits)) return in + __builtin_ctz(mask);
-    }
-    return nullptr;
-}
-#endif
+// The bytes that either table may replace.
+constexpr QzXmlByteScan<6> Candidates("&<>\"'\r");
 
 // The first byte from in on that either table may replace (or, in the last few bytes, that
 // table replaces), or end. begin is where the string starts: the last eight bytes of it are
 // read in one go even when some of them come before in.
 const char* findCandidate(const char* begin, const char* in, const char* end,
                           const EscapeTable& table) {
-#ifdef QZXML_SSE2
-    if (const char* found = findCandidateInBlocks(in, end)) return found;
-#endif
+    if (const char* found = Candidates.find(in, end)) return found;
     for (; end - in >= 8; in += 8) {
         if (const std::uint64_t found = candidateBytes(load64(in))) {
             return in + __builtin_ctzll(found) / 8;
