@@ -219,8 +219,8 @@ int compareBytes(const char* a, std::size_t aLength, const char* b, std::size_t 
     } else if (length > target.capacity()) {
         target.assign(bytes, length);
     } else if (length < old) {
-        // The bytes may be a part of the target itself.
-        std::memmove(target.data(), bytes, length);
+        // The bytes may be a part of the target itself, or none at all (an empty view).
+        if (length != 0) std::memmove(target.data(), bytes, length);
         target.resize(length);
     } else {
         std::memcpy(target.data(), bytes, old);
