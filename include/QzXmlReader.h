@@ -277,9 +277,9 @@ private:
     void declareNamespaces(std::size_t count);
     void bindXmlPrefix();
     void sortAttributes();
-    void insertFrom(std::size_t sorted);
+    void insertFrom(std::size_t sorted, std::size_t count);
     struct Run;
-    void sortRuns();
+    void sortRuns(std::size_t count);
     bool loadHeads(const Run& run);
     void radixSortHeads(std::size_t first, std::size_t last);
     void sortByComparison(std::size_t first, std::size_t last);
@@ -496,7 +496,7 @@ private:
     };
     static constexpr std::size_t ShortTag = 8;   ///< sorted by insertion from here down
     static constexpr std::size_t ShortRun = 32;  ///< sorted by comparison from here down
-    std::vector<SortKey> order_;                 ///< sort permutation of staged_
+    std::vector<SortKey> order_;                 ///< sort permutation of staged_, then spares
     std::vector<SortKey> sortScratch_;           ///< the radix sort's second buffer
     std::vector<Run> runs_;                      ///< runs still to sort
 

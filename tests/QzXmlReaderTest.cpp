@@ -322,10 +322,11 @@ TEST(QzXmlReader, TagsReuseTheSlotsOfTheTagBefore) {
     EXPECT_TRUE(bad.getCurrentAttributes().empty());
 }
 
-TEST(QzXmlReader, ShortTagsFileAsOneByOneAddsWould) {
-    // Tags of one to nine attributes, one after another in a document: names that collide in
-    // their local part, their prefix or both (first spelling, last value), and values whose
-    // lengths grow and shrink past what the slots held before.
+TEST(QzXmlReader, TagsOneAfterAnotherFileAsOneByOneAddsWould) {
+    // Tags of one to nine attributes, and now and then of 33 to 92, one after another in a
+    // document: names that collide in their local part, their prefix or both (first
+    // spelling, last value), and values whose lengths grow and shrink past what the slots
+    // held before.
     const std::string locals[] = {"a", "b", "ab", "\xC3\xA9"};
     const std::string prefixes[] = {"", "p:", "q:"};
     std::mt19937 random(5);
@@ -334,10 +335,11 @@ TEST(QzXmlReader, ShortTagsFileAsOneByOneAddsWould) {
     for (int tag = 0; tag < 2000; ++tag) {
         document += "<e";
         QzXmlAttributeSet set;
-        for (unsigned i = 0, n = 1 + random() % 9; i < n; ++i) {
+        const bool huge = random() % 10 == 0;
+        for (unsigned i = 0, n = huge ? 33 + random() % 60 : 1 + random() % 9; i < n; ++i) {
             const std::string prefix = prefixes[random() % 3];
-            const std::string local = locals[random() % 4];
-            const std::string value(random() % 40, static_cast<char>('a' + i));
+            const std::string local = locals[random() % 4] + (huge ? locals[random() % 4] : "");
+            const std::string value(random() % 40, static_cast<char>('a' + i % 26));
             document += " " + prefix + local + "='" + value + "'";
             const std::string p = prefix.empty() ? "" : prefix.substr(0, 1);
             const std::string uri = p.empty() ? "" : p == "p" ? "u" : "v";

@@ -1436,7 +1436,8 @@ int QzXmlReader::compareNames(const StagedAttribute& a, const StagedAttribute& b
 // order. Tags mostly come sorted already or nearly, and are short.
 void QzXmlReader::sortAttributes() {
     const std::size_t count = staged_.size();
-    order_.resize(count);
+    // Kept at the largest tag's size: only the first count keys are this tag's.
+    if (order_.size() < count) order_.resize(count);
     for (std::uint32_t i = 0; i < count; ++i)
         order_[i] = {0, i};
     std::size_t i = 1;
@@ -1444,11 +1445,11 @@ void QzXmlReader::sortAttributes() {
         ++i;
     if (i >= count) return;
     if (count <= ShortTag) {
-        insertFrom(i);
+        insertFrom(i, count);
         return;
     }
     if (count > ShortRun) {
-        sortRuns();
+        sortRuns(count);
         return;
     }
     loadHeads(Run{0, count, 0});
@@ -1458,8 +1459,8 @@ void QzXmlReader::sortAttributes() {
 // Most tags hold a few attributes: an insertion sort of the keys after the first that are in
 // order, compared by name alone, costs less than working out heads. Stable: a key moves only
 // past greater names.
-void QzXmlReader::insertFrom(std::size_t sorted) {
-    for (std::size_t k = sorted; k < order_.size(); ++k) {
+void QzXmlReader::insertFrom(std::size_t sorted, std::size_t count) {
+    for (std::size_t k = sorted; k < count; ++k) {
         const SortKey key = order_[k];
         const StagedAttribute& a = staged_[key.index];
         std::size_t j = k;
@@ -1473,9 +1474,9 @@ void QzXmlReader::insertFrom(std::size_t sorted) {
 // keys gets the next eight bytes of its local names as heads and is radix sorted by them,
 // which leaves runs of equal heads to sort in turn, eight bytes further in. Short runs, and
 // runs of local names equal to the end, are sorted by comparison.
-void QzXmlReader::sortRuns() {
+void QzXmlReader::sortRuns(std::size_t count) {
     std::vector<Run>& runs = runs_;
-    runs.assign(1, Run{0, order_.size(), 0});
+    runs.assign(1, Run{0, count, 0});
     while (!runs.empty()) {
         const Run run = runs.back();
         runs.pop_back();
