@@ -107,6 +107,7 @@ private:
     const QzXmlAttributeSet& completeAttributes(const QzXmlAttributeSet& attributes);
     QzXmlAttributeSet withInnermostDeclarations(const QzXmlAttributeSet& attributes) const;
     void writeTag(const QzCString& opening, const QzXmlName& name, const QzCString& closing);
+    void writeMarkup(const QzCString& markup);
     // Named apart from the public writeAttribute, so that a subclass's using-declaration
     // does not reach a private overload.
     void writePrefixedAttribute(const QzCString& prefix, const QzCString& localName,

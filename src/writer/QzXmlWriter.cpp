@@ -313,9 +313,9 @@ void QzXmlWriter::writeElementStart(const QzXmlName& name, const QzXmlAttributeS
     }
     if (isEmpty) {
         scopes_->popScope();
-        write(UnpairedTag, false);
+        writeMarkup(UnpairedTag);
     } else {
-        write(EndTag, false);
+        writeMarkup(EndTag);
     }
 }
 
@@ -348,6 +348,12 @@ void QzXmlWriter::writeTag(const QzCString& opening, const QzXmlName& name,
     tag_ += name.getLocalName();
     tag_ += closing;
     write(tag_, false);
+}
+
+// The end of a start tag, in line where it goes straight into the buffer.
+void QzXmlWriter::writeMarkup(const QzCString& markup) {
+    if (!emitDirect(markup.length(), [&markup](char* out) { return copyInto(markup, out); }))
+        write(markup, false);
 }
 
 void QzXmlWriter::writeSimpleElement(const QzXmlName& name, const QzCString& value,
