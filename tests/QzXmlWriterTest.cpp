@@ -295,6 +295,31 @@ TEST(QzXmlStringWriter, WritesDirectlyAsItsSinkCallsWould) {
     }
 }
 
+// A start tag goes into the buffer in one piece when its longest possible form fits. With
+// every byte of its values replaced by the longest reference that form is exact, so some
+// capacity puts the tag right at the buffer's end: there, too, bytes and growth must be the
+// sink calls'.
+TEST(QzXmlStringWriter, WritesAStartTagAtTheEdgeOfItsBufferAsItsSinkCallsWould) {
+    const QzXmlName outer("o", QzXmlNamespace("q", "urn:q"));
+    const QzXmlName inner("e", QzXmlNamespace("q", "urn:q"));
+    QzXmlAttributeSet declaring;
+    declaring.add(QzXmlName("x", QzXmlNamespace("p", "urn:p")), "");
+    QzXmlAttributeSet attributes;
+    attributes.add(QzXmlName("v", QzXmlNamespace("p", "urn:p")), std::string(7, '"'));
+    attributes.add(QzXmlName("w"), "''");
+    for (unsigned long initial = 0; initial < 160; ++initial) {
+        QzXmlStringWriter direct(initial);
+        DerivedStringWriter derived(initial);
+        for (QzXmlStringWriter* w : {static_cast<QzXmlStringWriter*>(&direct),
+                                     static_cast<QzXmlStringWriter*>(&derived)}) {
+            w->writeElementStart(outer, declaring, false);
+            w->writeElementStart(inner, attributes, true);
+        }
+        ASSERT_EQ(derived.getString().std(), direct.getString().std()) << initial;
+        ASSERT_EQ(derived.getCapacity(), direct.getCapacity()) << initial;
+    }
+}
+
 namespace {
 
 // A writer that re-exports, under its own access, every operation of QzXmlWriter: none of

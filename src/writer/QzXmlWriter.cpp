@@ -118,6 +118,8 @@ bool startsWithEntity(const char* at, const char* end) {
     return false;
 }
 
+#ifndef QZXML_SSE2
+// Without vector steps, eight bytes a step in a general-purpose register.
 std::uint64_t load64(const char* at) {
     std::uint64_t word;
     std::memcpy(&word, at, sizeof word);
@@ -136,16 +138,22 @@ std::uint64_t candidateBytes(std::uint64_t word) {
     }
     return found;
 }
+#endif
 
 // The bytes that either table may replace.
 constexpr QzXmlByteScan<6> Candidates("&<>\"'\r");
 
 // The first byte from in on that either table may replace (or, in the last few bytes, that
-// table replaces), or end. begin is where the string starts: the last eight bytes of it are
-// read in one go even when some of them come before in.
+// table replaces), or end. begin is where the string starts: its last sixteen (or eight)
+// bytes are read in one go even when some of them come before in; a string shorter than
+// that is read in two halves.
 const char* findCandidate(const char* begin, const char* in, const char* end,
                           const EscapeTable& table) {
     if (const char* found = Candidates.find(in, end)) return found;
+#ifdef QZXML_SSE2
+    if (end - begin >= 16) return in == end ? end : Candidates.findInLastStep(in, end);
+    if (end - in >= 4) return Candidates.findInHalves(in, end);
+#else
     for (; end - in >= 8; in += 8) {
         if (const std::uint64_t found = candidateBytes(load64(in))) {
             return in + __builtin_ctzll(found) / 8;
@@ -157,6 +165,7 @@ const char* findCandidate(const char* begin, const char* in, const char* end,
         const std::uint64_t found = candidateBytes(load64(end - 8)) >> (8 * before);
         return found ? in + __builtin_ctzll(found) / 8 : end;
     }
+#endif
     while (in != end && table[static_cast<unsigned char>(*in)] == Copy)
         ++in;
     return in;
@@ -239,22 +248,64 @@ bool hasNamespaceAttribute(const QzXmlAttributeSet& attributes, const QzXmlNames
     return copyInto(text.data(), text.length(), out);
 }
 
+// Writes `prefix:localName` (no colon without a prefix) at out; returns the end.
+[[gnu::always_inline]] inline char* qualifiedInto(char* out, const QzCString& prefix,
+                                                  const QzCString& localName) {
+    if (!prefix.empty()) {
+        out = copyInto(prefix, out);
+        *out++ = ':';
+    }
+    return copyInto(localName, out);
+}
+
+[[gnu::always_inline]] inline char* nameInto(char* out, const QzXmlName& name) {
+    return qualifiedInto(out, name.getPrefix(), name.getLocalName());
+}
+
 // Writes ` prefix:localName="value"` (no colon without a prefix) at out, escaping the value
 // when asked; returns the end.
 char* attributeInto(char* out, const QzCString& prefix, const QzCString& localName,
                     const QzCString& value, bool escape) {
     *out++ = ' ';
-    if (!prefix.empty()) {
-        out = copyInto(prefix, out);
-        *out++ = ':';
-    }
-    out = copyInto(localName, out);
+    out = qualifiedInto(out, prefix, localName);
     *out++ = '=';
     *out++ = '"';
     out = escape ? escapeInto(value.data(), value.data() + value.length(), out, AttributeEscapes)
                  : copyInto(value, out);
     *out++ = '"';
     return out;
+}
+
+// The prefix and local name an attribute is written with. The default-namespace declaration
+// is stored as "xmlns:" with an empty local name, and written as "xmlns".
+struct WrittenName {
+    const QzCString& prefix;
+    const QzCString& localName;
+};
+
+WrittenName writtenName(const QzXmlName& name) {
+    if (name.getPrefix() == QzXmlWriter::XmlNamespaceTag && name.getLocalName().empty())
+        return {QzXmlAttributeSet::EmptyString, QzXmlWriter::XmlNamespaceTag};
+    return {name.getPrefix(), name.getLocalName()};
+}
+
+// The most ` prefix:localName="value"` can take, every byte of the value escaped.
+std::size_t attributeSize(const QzCString& prefix, const QzCString& localName,
+                          const QzCString& value, bool escape) {
+    const std::size_t nameLength = localName.length() + (prefix.empty() ? 0 : prefix.length() + 1);
+    return nameLength + value.length() * (escape ? MaxAttributeGrowth : 1) + AttributeFrame;
+}
+
+// The most a start tag can take: "<", the name, the attributes escaped, the closing markup.
+std::size_t startTagSize(const QzXmlName& name, const QzXmlAttributeSet& attributes,
+                         const QzCString& closing) {
+    std::size_t size =
+        2 + name.getPrefix().length() + name.getLocalName().length() + closing.length();
+    for (const QzXmlAttribute& attribute : attributes) {
+        const WrittenName written = writtenName(attribute.getName());
+        size += attributeSize(written.prefix, written.localName, attribute.getValue(), true);
+    }
+    return size;
 }
 
 // A buffer of at least the requested size: the fixed one on the stack when that is enough,
@@ -299,24 +350,32 @@ void QzXmlWriter::writeToSink(const char* bytes, unsigned long n) {
 
 void QzXmlWriter::writeElementStart(const QzXmlName& name, const QzXmlAttributeSet& attributes,
                                     bool isEmpty) {
+    // Values mostly come from far away in memory: their loads start while the namespaces
+    // are settled.
+    for (const QzXmlAttribute& attribute : attributes)
+        __builtin_prefetch(attribute.getValue().data());
     scopes_->pushScope();
     addNamespaceToScopeIfNecessary(name.getNamespace());
-    writeTag(StartTag, name, QzXmlAttributeSet::EmptyString);
-    for (const QzXmlAttribute& attribute : completeAttributes(attributes)) {
-        const QzXmlName& attributeName = attribute.getName();
-        // The default-namespace declaration is stored as "xmlns:" with an empty local name.
-        if (attributeName.getPrefix() == XmlNamespaceTag && attributeName.getLocalName().empty()) {
-            writeAttribute(XmlNamespaceTag, attribute.getValue(), true);
-        } else {
-            writeAttribute(attributeName, attribute.getValue(), true);
+    const QzXmlAttributeSet& complete = completeAttributes(attributes);
+    if (isEmpty) scopes_->popScope();
+    const QzCString& closing = isEmpty ? UnpairedTag : EndTag;
+    // The whole tag in one piece where it fits the buffer; piece by piece otherwise, which
+    // gives the same bytes and the same growth.
+    const bool written = emitDirect(startTagSize(name, complete, closing), [&](char* out) {
+        out = nameInto(copyInto(StartTag, out), name);
+        for (const QzXmlAttribute& attribute : complete) {
+            const WrittenName written = writtenName(attribute.getName());
+            out = attributeInto(out, written.prefix, written.localName, attribute.getValue(), true);
         }
+        return copyInto(closing, out);
+    });
+    if (written) return;
+    writeTag(StartTag, name, QzXmlAttributeSet::EmptyString);
+    for (const QzXmlAttribute& attribute : complete) {
+        const WrittenName written = writtenName(attribute.getName());
+        writePrefixedAttribute(written.prefix, written.localName, attribute.getValue(), true);
     }
-    if (isEmpty) {
-        scopes_->popScope();
-        writeMarkup(UnpairedTag);
-    } else {
-        writeMarkup(EndTag);
-    }
+    writeMarkup(closing);
 }
 
 void QzXmlWriter::writeElementEnd(const QzXmlName& name) {
@@ -331,14 +390,8 @@ void QzXmlWriter::writeTag(const QzCString& opening, const QzXmlName& name,
     const QzCString& prefix = name.getPrefix();
     const std::size_t size =
         opening.length() + prefix.length() + 1 + name.getLocalName().length() + closing.length();
-    const bool written = emitDirect(size, [&](char* out) {
-        out = copyInto(opening, out);
-        if (!prefix.empty()) {
-            out = copyInto(prefix, out);
-            *out++ = ':';
-        }
-        return copyInto(closing, copyInto(name.getLocalName(), out));
-    });
+    const bool written = emitDirect(
+        size, [&](char* out) { return copyInto(closing, nameInto(copyInto(opening, out), name)); });
     if (written) return;
     tag_.assign(opening);
     if (!prefix.empty()) {
@@ -415,9 +468,7 @@ void QzXmlWriter::writeAttribute(const QzXmlName& name, const QzCString& value, 
 // Writes ` prefix:localName="value"`, or ` localName="value"` without a prefix.
 void QzXmlWriter::writePrefixedAttribute(const QzCString& prefix, const QzCString& localName,
                                          const QzCString& value, bool escape) {
-    const std::size_t nameLength = localName.length() + (prefix.empty() ? 0 : prefix.length() + 1);
-    const std::size_t size =
-        nameLength + value.length() * (escape ? MaxAttributeGrowth : 1) + AttributeFrame;
+    const std::size_t size = attributeSize(prefix, localName, value, escape);
     const auto fill = [&](char* out) {
         return attributeInto(out, prefix, localName, value, escape);
     };
