@@ -124,6 +124,40 @@ TEST(QzXmlSAXParser, HandlerExceptionAndReuse) {
     EXPECT_EQ(" <c /c", r.events);
 }
 
+namespace {
+
+// Parses a document of its own, on the same thread, whenever an element named "nest" starts.
+class NestingRecorder : public Recorder {
+public:
+    void startElement(const QzXmlName& name, const QzXmlAttributeSet& attributes) override {
+        Recorder::startElement(name, attributes);
+        if (name.getLocalName() != QzCString("nest")) return;
+        Recorder inner;
+        QzXmlSAXParser parser;
+        parser.setContentHandler(&inner);
+        // Elements left open are no error, and stay on no one's list.
+        parser.parse("<x:deep xmlns:x='urn:x'><y><z/>");
+        events += " [" + inner.events + " ]";
+    }
+};
+
+}  // namespace
+
+// The open elements' names are kept in storage that passes from parse to parse in a thread:
+// a parse inside a handler's callback must neither see the outer parse's names nor overwrite
+// them.
+TEST(QzXmlSAXParser, ParsesWithinItsOwnCallbacks) {
+    NestingRecorder r;
+    QzXmlSAXParser parser;
+    parser.setContentHandler(&r);
+    parser.parse("<a xmlns='urn:a'><nest><b/></nest><nest/></a>");
+    const std::string inner = " [ <x:deep{urn:x} xmlns:x=urn:x <y <z /z ]";
+    EXPECT_EQ(" <a{urn:a} xmlns=urn:a <nest{urn:a}" + inner + " <b{urn:a} /b /nest <nest{urn:a}" +
+                  inner + " /nest /a",
+              r.events);
+    EXPECT_THROW(parser.parse("<a><nest></a>"), QzXmlParseError);
+}
+
 TEST(QzXmlSAXParser, Utf16IsRewrittenInPlace) {
     const std::u16string text = u"<?xml version='1.0'?><a>\u00E9</a>";
     std::string bytes;

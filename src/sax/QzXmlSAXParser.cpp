@@ -1,5 +1,7 @@
 #include "QzXmlSAXParser.h"
 
+#include <algorithm>
+#include <cstring>
 #include <string_view>
 #include <vector>
 
@@ -25,19 +27,33 @@ void reportProlog(const QzXmlReader& reader, QzXmlContentHandler& handler) {
     handler.prolog(prolog);
 }
 
-// The names of the open elements, packed one after another into one string (each URI, then
-// its local name), so that a deeply nested document costs a few bytes a level, not a name.
+// The names of the open elements, packed one after another into one byte buffer (each URI,
+// then its local name), so that a deeply nested document costs a few bytes a level, not a
+// name. The storage passes from one parse to the next in a thread, so that parsing many small
+// documents allocates nothing for it once the first is parsed.
 class OpenNames {
 public:
+    OpenNames() noexcept { trade(); }
+    ~OpenNames() {
+        // Storage grown past everyday sizes by an unusual document is let go.
+        constexpr std::size_t kKeptBytes = 256 * 1024;
+        constexpr std::size_t kKeptLevels = 4096;
+        if (text_.size() > kKeptBytes || starts_.capacity() > kKeptLevels) return;
+        starts_.clear();
+        trade();
+    }
+    OpenNames(const OpenNames&) = delete;
+    OpenNames& operator=(const OpenNames&) = delete;
+
     void push(const QzXmlNodeView& element) {
         const std::string_view uri = element.uri();
         const std::string_view local = element.localName();
-        starts_.push_back({text_.size(), text_.size() + uri.size()});
-        text_.insert(text_.end(), uri.begin(), uri.end());
-        text_.insert(text_.end(), local.begin(), local.end());
+        starts_.push_back({used_, used_ + uri.size()});
+        append(uri);
+        append(local);
     }
     void pop() {
-        text_.resize(starts_.back().uri);
+        used_ = starts_.back().uri;
         starts_.pop_back();
     }
     // Whether element (by local name and URI) is the innermost open element.
@@ -45,7 +61,7 @@ public:
         if (starts_.empty()) return false;
         const Start& top = starts_.back();
         return holds(top.uri, top.local, element.uri()) &&
-               holds(top.local, text_.size(), element.localName());
+               holds(top.local, used_, element.localName());
     }
 
 private:
@@ -53,11 +69,29 @@ private:
         std::size_t uri;
         std::size_t local;
     };
+    struct Storage {
+        std::vector<char> text;
+        std::vector<Start> starts;
+    };
+
+    void trade() noexcept {
+        thread_local Storage spare;
+        text_.swap(spare.text);
+        starts_.swap(spare.starts);
+    }
+    // In line, unlike a vector's or a string's general insert.
+    void append(std::string_view bytes) {
+        if (text_.size() - used_ < bytes.size())
+            text_.resize(std::max(2 * text_.size(), used_ + bytes.size()));
+        if (!bytes.empty()) std::memcpy(text_.data() + used_, bytes.data(), bytes.size());
+        used_ += bytes.size();
+    }
     bool holds(std::size_t first, std::size_t last, std::string_view text) const {
         return std::string_view(text_.data() + first, last - first) == text;
     }
-    // A plain byte vector: its appends and truncations are inlined, unlike a string's.
-    std::vector<char> text_;
+
+    std::vector<char> text_;  ///< its size is the room; the names take the first used_ bytes
+    std::size_t used_ = 0;
     std::vector<Start> starts_;
 };
 
