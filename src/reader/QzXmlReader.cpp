@@ -16,6 +16,7 @@
 #include "QzXmlInputWindow.h"
 #include "QzXmlMarkupLog.h"
 #include "QzXmlParseError.h"
+#include "QzXmlShortCopy.h"
 #include "QzXmlSimd.h"
 #include "QzXmlUtils.h"
 #include "Qzxmsg.h"
@@ -214,8 +215,8 @@ int compareBytes(const char* a, std::size_t aLength, const char* b, std::size_t 
                                             std::size_t length) {
     const std::size_t old = target.length();
     if (old == length) {
-        if (length != 0 && std::memcmp(target.data(), bytes, length) != 0)
-            std::memcpy(target.data(), bytes, length);
+        // The bytes may be the target's own.
+        QzXmlShortCopy::copy(target.data(), bytes, length);
     } else if (length > target.capacity()) {
         target.assign(bytes, length);
     } else if (length < old) {

@@ -7,6 +7,7 @@
 #include <typeinfo>
 
 #include "QzXmlByteScan.h"
+#include "QzXmlShortCopy.h"
 #include "QzXmlStringWriter.h"
 #include "QzXmlWriterScopes.h"
 
@@ -189,32 +190,8 @@ const char* findEscape(const char* in, const char* end, const EscapeTable& table
     }
 }
 
-template <std::size_t N>
-[[gnu::always_inline]] inline void copyFixed(char* out, const char* bytes) {
-    char block[N];
-    std::memcpy(block, bytes, N);
-    std::memcpy(out, block, N);
-}
-
-// Names, prefixes and most values are a few bytes: two overlapping moves of a fixed size
-// copy them in line, where a call to memcpy costs more than the copy.
 [[gnu::always_inline]] inline char* copyInto(const char* bytes, std::size_t n, char* out) {
-    if (n >= 8) {
-        if (n > 16) {
-            std::memcpy(out, bytes, n);
-        } else {
-            copyFixed<8>(out, bytes);
-            copyFixed<8>(out + n - 8, bytes + n - 8);
-        }
-    } else if (n >= 4) {
-        copyFixed<4>(out, bytes);
-        copyFixed<4>(out + n - 4, bytes + n - 4);
-    } else if (n != 0) {
-        out[0] = bytes[0];
-        out[n / 2] = bytes[n / 2];
-        out[n - 1] = bytes[n - 1];
-    }
-    return out + n;
+    return QzXmlShortCopy::copy(out, bytes, n);
 }
 
 // Copies [in, end) to out, replacing the bytes that table marks; returns the end of the copy.
