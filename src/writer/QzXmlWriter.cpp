@@ -338,7 +338,7 @@ void QzXmlWriter::writeElementStart(const QzXmlName& name, const QzXmlAttributeS
     const QzCString& closing = isEmpty ? UnpairedTag : EndTag;
     // The whole tag in one piece where it fits the buffer; piece by piece otherwise, which
     // gives the same bytes and the same growth.
-    const bool written = emitDirect(startTagSize(name, complete, closing), [&](char* out) {
+    const bool direct = emitDirect(startTagSize(name, complete, closing), [&](char* out) {
         out = nameInto(copyInto(StartTag, out), name);
         for (const QzXmlAttribute& attribute : complete) {
             const WrittenName written = writtenName(attribute.getName());
@@ -346,7 +346,7 @@ void QzXmlWriter::writeElementStart(const QzXmlName& name, const QzXmlAttributeS
         }
         return copyInto(closing, out);
     });
-    if (written) return;
+    if (direct) return;
     writeTag(StartTag, name, QzXmlAttributeSet::EmptyString);
     for (const QzXmlAttribute& attribute : complete) {
         const WrittenName written = writtenName(attribute.getName());
