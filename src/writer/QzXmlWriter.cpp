@@ -190,17 +190,13 @@ const char* findEscape(const char* in, const char* end, const EscapeTable& table
     }
 }
 
-[[gnu::always_inline]] inline char* copyInto(const char* bytes, std::size_t n, char* out) {
-    return QzXmlShortCopy::copy(out, bytes, n);
-}
-
 // Copies [in, end) to out, replacing the bytes that table marks; returns the end of the copy.
 // out must have room for the longest replacement per input byte. Runs of bytes that stay are
 // copied whole.
 char* escapeInto(const char* in, const char* end, char* out, const EscapeTable& table) {
     for (;;) {
         const char* run = findEscape(in, end, table);
-        out = copyInto(in, static_cast<std::size_t>(run - in), out);
+        out = QzXmlShortCopy::copy(out, in, static_cast<std::size_t>(run - in));
         if (run == end) return out;
         const Escape escape = table[static_cast<unsigned char>(*run)];
         if (escape == AmpersandUnlessEntity && startsWithEntity(run, end)) {
@@ -222,7 +218,7 @@ bool hasNamespaceAttribute(const QzXmlAttributeSet& attributes, const QzXmlNames
 }
 
 [[gnu::always_inline]] inline char* copyInto(const QzCString& text, char* out) {
-    return copyInto(text.data(), text.length(), out);
+    return QzXmlShortCopy::copy(out, text.data(), text.length());
 }
 
 // Writes `prefix:localName` (no colon without a prefix) at out; returns the end.
