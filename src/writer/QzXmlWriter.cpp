@@ -269,11 +269,17 @@ std::size_t attributeSize(const QzCString& prefix, const QzCString& localName,
     return nameLength + value.length() * (escape ? MaxAttributeGrowth : 1) + AttributeFrame;
 }
 
+// The most `opening prefix:localName closing` can take (the colon counted either way), the
+// opening being so many bytes long.
+std::size_t tagSize(std::size_t opening, const QzXmlName& name, const QzCString& closing) {
+    return opening + name.getPrefix().length() + 1 + name.getLocalName().length() +
+           closing.length();
+}
+
 // The most a start tag can take: "<", the name, the attributes escaped, the closing markup.
 std::size_t startTagSize(const QzXmlName& name, const QzXmlAttributeSet& attributes,
                          const QzCString& closing) {
-    std::size_t size =
-        2 + name.getPrefix().length() + name.getLocalName().length() + closing.length();
+    std::size_t size = tagSize(1, name, closing);  // "<"
     for (const QzXmlAttribute& attribute : attributes) {
         const WrittenName written = writtenName(attribute.getName());
         size += attributeSize(written.prefix, written.localName, attribute.getValue(), true);
@@ -361,10 +367,9 @@ void QzXmlWriter::writeElementEnd(const QzXmlName& name) {
 void QzXmlWriter::writeTag(const QzCString& opening, const QzXmlName& name,
                            const QzCString& closing) {
     const QzCString& prefix = name.getPrefix();
-    const std::size_t size =
-        opening.length() + prefix.length() + 1 + name.getLocalName().length() + closing.length();
-    const bool written = emitDirect(
-        size, [&](char* out) { return copyInto(closing, nameInto(copyInto(opening, out), name)); });
+    const bool written = emitDirect(tagSize(opening.length(), name, closing), [&](char* out) {
+        return copyInto(closing, nameInto(copyInto(opening, out), name));
+    });
     if (written) return;
     tag_.assign(opening);
     if (!prefix.empty()) {
