@@ -23,6 +23,7 @@
 class QzXmlDoctype;
 class QzXmlInputWindow;
 class QzXmlMarkupLog;
+class QzXmlParseError;
 
 /// Pull parser over one document, held in memory or read from a stream a chunk at a time (the
 /// stream constructor with options; QzXmlFeedReader takes input as the caller has it). The
@@ -178,6 +179,7 @@ private:
     std::ptrdiff_t ahead() const;
     std::ptrdiff_t retryAhead() const;
     bool mayHaveEnded() const;
+    bool errorRepeated(const QzXmlParseError& error);
     bool pullOnce();
     void moveWindowPointers(const Byte* oldBegin, const Byte* oldEnd, const Byte* newBegin);
     void detachOpenNames();
@@ -322,6 +324,8 @@ private:
     [[noreturn]] void errAt(const Byte* at, const QzCString& message);
     [[noreturn]] void errLimit(const Byte* at, const char* what, const char* limit,
                                std::size_t value);
+    /// For an error that more input could change: a search for an end that did not find it.
+    [[noreturn]] void errUnsettled(const Byte* at, const char* message);
     void checkNameLength(const Byte* start);
     void checkTextLength(const Byte* at, std::size_t length);
 
@@ -530,6 +534,8 @@ private:
     std::ptrdiff_t topUpAt_ = 32;         ///< input held ahead before each read
     std::ptrdiff_t lookAheadNeeded_ = 0;  ///< what the read just made must leave ahead
     std::ptrdiff_t triedAhead_ = -1;      ///< input ahead at the last try that ran out; -1: none
+    bool errorUnsettled_ = false;         ///< the error just raised may change with more input
+    std::string failedWith_;              ///< the error of the last try that failed, placed
     // Open names whose tags left the window; a deque, so that growing moves none of them.
     std::unique_ptr<std::deque<std::string>> detachedNames_;
 };

@@ -139,7 +139,88 @@ private:
     std::string text_;
 };
 
+// A document of many records behind a head, handed out a record at a time, counting what
+// the reader has taken.
+class RecordStream : public std::streambuf {
+public:
+    RecordStream(std::string head, std::string tail, std::size_t records)
+        : text_(std::move(head)), tail_(std::move(tail)), left_(records) {
+        setg(&text_[0], &text_[0], &text_[0] + text_.size());
+    }
+    std::size_t taken() const { return taken_ + (gptr() - eback()); }
+    static std::string record() { return "<x n='1'/>"; }
+
+protected:
+    int_type underflow() override {
+        if (left_ == 0 && tail_.empty()) return traits_type::eof();
+        taken_ += text_.size();
+        if (left_ > 0) {
+            --left_;
+            text_ = record();
+        } else {
+            text_ = std::move(tail_);
+            tail_.clear();
+        }
+        setg(&text_[0], &text_[0], &text_[0] + text_.size());
+        return traits_type::to_int_type(text_[0]);
+    }
+
+private:
+    std::string text_;
+    std::string tail_;
+    std::size_t left_;
+    std::size_t taken_ = 0;
+};
+
 }  // namespace
+
+// An error near the start of a long stream is reported from the input around it, as in memory:
+// a broken document is not read to its end first. An unclosed comment, which more input may
+// close yet, is read on until it closes.
+TEST(QzXmlStreaming, AnErrorStandsWithoutTheRestOfTheInput) {
+    constexpr std::size_t kRecords = 50000;
+    std::string records;
+    for (std::size_t i = 0; i < kRecords; ++i)
+        records += RecordStream::record();
+    struct Case {
+        bool strict;
+        std::string head;
+        std::string tail;
+        std::size_t maxTaken;
+    };
+    const Case cases[] = {
+        {false, "<r>\n<a =\"x\">", "</r>", 8 * 4096},
+        {true, "<r>\n<a>\n</b>", "</r>", 8 * 4096},
+        {true, "<r><a b='1' b='2'/>", "</r>", 8 * 4096},
+        {true, "<r>\n<!-- ", " --></r>", SIZE_MAX},
+    };
+    for (const Case& c : cases) {
+        QzXmlReaderOptions options = mode(c.strict);
+        options.chunkSize = 4096;
+        const std::vector<std::string> expected =
+            three_way::inMemory(c.head + records + c.tail, options);
+        RecordStream input(c.head, c.tail, kRecords);
+        std::istream stream(&input);
+        const std::vector<std::string> got = three_way::walk(
+            [&] { return std::make_unique<QzXmlReader>(stream, options); }, Access::Owned);
+        EXPECT_EQ(three_way::firstDifference(expected, got), "") << c.head;
+        EXPECT_LE(input.taken(), c.maxTaken) << c.head;
+        // Fed, the error comes with the piece after the one that holds it.
+        const std::string document = c.head + records;
+        QzXmlFeedReader reader(options);
+        std::string trace = "no error";
+        try {
+            for (std::size_t at = 0; at < 3 * 4096; at += 4096) {
+                reader.feed(document.data() + at, 4096);
+                while (reader.next() == QzXmlFeedReader::Result::Node) {
+                }
+            }
+        } catch (const QzXmlParseError& e) {
+            trace = three_way::errorLine(e);
+        }
+        EXPECT_EQ(trace, c.maxTaken == SIZE_MAX ? "no error" : expected.back()) << c.head;
+    }
+}
 
 // Each document puts a character, a line end, a reference or a declaration across chunk
 // edges at every offset.

@@ -518,12 +518,29 @@ bool QzXmlReader::throughWindow(Read read) {
                 triedAhead_ = -1;
                 return answer;
             }
-        } catch (const QzXmlParseError&) {
+            failedWith_.clear();
+        } catch (const QzXmlParseError& e) {
+            // An error that more input does not change stands: a broken document is not read
+            // to its end before it is reported.
+            if (errorRepeated(e)) throw;
         }
         restoreState();
         triedAhead_ = ahead();
         pullMore(retryAhead());
     }
+}
+
+// Whether the error a read just raised is the one the whole input gives: the try before it
+// raised the same error in the same place with less input ahead, the place lies in the
+// document away from the window's end, and it is not one that more input could change.
+bool QzXmlReader::errorRepeated(const QzXmlParseError& error) {
+    std::string seen = std::to_string(error.getLine()) + ':' + std::to_string(error.getColumn()) +
+                       ' ' + error.what();
+    const bool repeated = triedAhead_ >= 0 && seen == failedWith_ && !errorUnsettled_ &&
+                          frames_.empty() && limit_ - cursor_ > kLookAhead;
+    errorUnsettled_ = false;
+    failedWith_ = std::move(seen);
+    return repeated;
 }
 
 // The reads a window makes, kept out of the in-memory reader's way.
@@ -2095,8 +2112,16 @@ void QzXmlReader::errAt(const Byte* at, const QzCString& message) {
     err(message);
 }
 
+// A limit met with part of the input may give way to an error further on once all of it has
+// come, as it would in memory.
 void QzXmlReader::errLimit(const Byte* at, const char* what, const char* limit, std::size_t value) {
+    errorUnsettled_ = true;
     errAt(at, QzCString(what) + " exceeds " + limit + " (" + std::to_string(value) + ")");
+}
+
+void QzXmlReader::errUnsettled(const Byte* at, const char* message) {
+    errorUnsettled_ = true;
+    errAt(at, message);
 }
 
 void QzXmlReader::checkNameLength(const Byte* start) {
@@ -3275,7 +3300,7 @@ bool QzXmlReader::readStrictMarkupInContent() {
 void QzXmlReader::readStrictComment(const Byte* open) {
     for (const Byte* p = cursor_;;) {
         const void* dash = std::memchr(p, '-', limit_ - p);
-        if (dash == nullptr) errAt(open, "The comment is not closed by '-->'");
+        if (dash == nullptr) errUnsettled(open, "The comment is not closed by '-->'");
         p = static_cast<const Byte*>(dash);
         if (limit_ - p >= 2 && p[1] == '-') {
             if (limit_ - p < 3 || p[2] != '>') errAt(p, "'--' is not allowed inside a comment");
@@ -3307,7 +3332,7 @@ void QzXmlReader::readStrictPI(const Byte* open) {
         errExpected(cursor_, "whitespace or '?>' after the target");
     for (const Byte* p = cursor_;;) {
         const void* q = std::memchr(p, '?', limit_ - p);
-        if (q == nullptr) errAt(open, "The processing instruction is not closed by '?>'");
+        if (q == nullptr) errUnsettled(open, "The processing instruction is not closed by '?>'");
         p = static_cast<const Byte*>(q) + 1;
         if (p < limit_ && *p == '>') {
             checkCharacters(cursor_, p - 1);
@@ -3321,7 +3346,8 @@ void QzXmlReader::readStrictPI(const Byte* open) {
 void QzXmlReader::readStrictCDATA() {
     for (const Byte* p = cursor_;;) {
         const void* bracket = std::memchr(p, ']', limit_ - p);
-        if (bracket == nullptr) errAt(cursor_ - 9, "The CDATA section is not closed by ']]>'");
+        if (bracket == nullptr)
+            errUnsettled(cursor_ - 9, "The CDATA section is not closed by ']]>'");
         p = static_cast<const Byte*>(bracket);
         if (startsWith(p, limit_, "]]>")) {
             checkCharacters(cursor_, p);
@@ -3346,7 +3372,7 @@ void QzXmlReader::readStrictAttributeValue(Byte quote, StagedAttribute& attribut
         cursor_ = stop;
         if (atEnd()) {
             if (frames_.size() == frames) {
-                errAt(attribute.name, "The attribute value is not closed by its quote");
+                errUnsettled(attribute.name, "The attribute value is not closed by its quote");
             }
             leaveEntity();
         } else {
