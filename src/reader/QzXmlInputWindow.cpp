@@ -116,6 +116,12 @@ void QzXmlInputWindow::release(const Byte* keep) {
     held_.erase(0, dropped);
 }
 
+bool QzXmlInputWindow::mayRefuse() const noexcept {
+    return !flushed_ && std::any_of(stages_.begin(), stages_.end(), [](const auto& stage) {
+        return stage->kind == Stage::Charset || stage->kind == Stage::Ascii;
+    });
+}
+
 bool QzXmlInputWindow::rewind(const Byte*& oldBegin, const Byte*& oldEnd) {
     marked_ = false;
     if (!saved_) return false;

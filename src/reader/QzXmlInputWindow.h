@@ -53,6 +53,10 @@ public:
     /// Drops the bytes before keep, which must lie in the window.
     void release(const Byte* keep);
 
+    /// Whether input still to come may fail to decode: a charset ICU decodes, or one byte
+    /// outside a declared US-ASCII.
+    bool mayRefuse() const noexcept;
+
     /// What stopped the input short (the stream failed, a byte did not decode, a byte the
     /// declared US-ASCII does not have), and where in the window; empty when nothing did.
     const QzCString& error() const noexcept { return error_; }

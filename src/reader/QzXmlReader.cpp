@@ -532,12 +532,14 @@ bool QzXmlReader::throughWindow(Read read) {
 
 // Whether the error a read just raised is the one the whole input gives: the try before it
 // raised the same error in the same place with less input ahead, the place lies in the
-// document away from the window's end, and it is not one that more input could change.
+// document away from the window's end, and it is not one that more input could change. Where
+// input to come may yet fail to decode, that failure, which the in-memory reader meets first,
+// is waited for.
 bool QzXmlReader::errorRepeated(const QzXmlParseError& error) {
     std::string seen = std::to_string(error.getLine()) + ':' + std::to_string(error.getColumn()) +
                        ' ' + error.what();
     const bool repeated = triedAhead_ >= 0 && seen == failedWith_ && !errorUnsettled_ &&
-                          frames_.empty() && limit_ - cursor_ > kLookAhead;
+                          frames_.empty() && limit_ - cursor_ > kLookAhead && !window_->mayRefuse();
     errorUnsettled_ = false;
     failedWith_ = std::move(seen);
     return repeated;
