@@ -8,6 +8,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "QzXmlLineFeeds.h"
+
 FileInput::~FileInput() {
     if (ownsFd_) ::close(fd_);
 }
@@ -66,14 +68,10 @@ FileInput::int_type FileInput::underflow() {
 }
 
 void FileInput::count(const char* first, const char* last) {
-    const char* lineStart = first;
-    for (const char* p = first;
-         (p = static_cast<const char*>(std::memchr(p, '\n', last - p))) != nullptr;
-         lineStart = ++p) {
-        ++lines_;
-        column_ = 1;
-    }
-    column_ += static_cast<std::uint64_t>(last - lineStart);
+    lines_ += QzXmlLineFeeds::count(first, last);
+    const auto* lastFeed = static_cast<const char*>(memrchr(first, '\n', last - first));
+    column_ = lastFeed != nullptr ? static_cast<std::uint64_t>(last - lastFeed)
+                                  : column_ + static_cast<std::uint64_t>(last - first);
 }
 
 std::string FileInput::endPosition() const {

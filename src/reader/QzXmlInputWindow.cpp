@@ -11,37 +11,9 @@
 #include "QzUInit.h"
 #include "QzUToUnicodeConverter.h"
 #include "QzXmlCharChecks.h"
-#include "QzXmlSimd.h"
+#include "QzXmlLineFeeds.h"
 #include "Qzxmsg.h"
 #include "qzfoundationmsg.h"
-
-namespace {
-
-// The line feeds in [p, last): lines are short, so they are counted sixteen bytes a step
-// rather than found one by one.
-std::uint64_t countLineFeeds(const char* p, const char* last) {
-    std::uint64_t count = 0;
-#ifdef QZXML_SSE2
-    const __m128i feed = _mm_set1_epi8('\n');
-    while (last - p >= 16) {
-        // Each byte of sums counts the feeds of its column, for 255 steps at most.
-        const char* stop = p + std::min<std::ptrdiff_t>((last - p) / 16, 255) * 16;
-        __m128i sums = _mm_setzero_si128();
-        for (; p < stop; p += 16) {
-            const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-            sums = _mm_sub_epi8(sums, _mm_cmpeq_epi8(bytes, feed));
-        }
-        const __m128i total = _mm_sad_epu8(sums, _mm_setzero_si128());
-        count += static_cast<std::uint64_t>(_mm_cvtsi128_si64(total)) +
-                 static_cast<std::uint64_t>(_mm_extract_epi16(total, 4));
-    }
-#endif
-    for (; p < last; ++p)
-        count += *p == '\n';
-    return count;
-}
-
-}  // namespace
 
 // One decoding of the chain from the input's bytes to UTF-8; a second one applies when a
 // declaration names a charset for text already decoded. An ICU decoder stays open from piece
@@ -109,7 +81,7 @@ void QzXmlInputWindow::release(const Byte* keep) {
     const std::size_t dropped = static_cast<std::size_t>(keep - begin());
     if (dropped == 0) return;
     const char* first = held_.data();
-    linesDropped_ += countLineFeeds(first, first + dropped);
+    linesDropped_ += QzXmlLineFeeds::count(first, first + dropped);
     const auto* lastFeed = static_cast<const char*>(memrchr(first, '\n', dropped));
     columnCarry_ = lastFeed != nullptr ? static_cast<std::uint64_t>(first + dropped - lastFeed - 1)
                                        : columnCarry_ + dropped;
