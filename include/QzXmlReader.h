@@ -174,6 +174,7 @@ private:
     template <class Read>
     bool throughWindow(Read read);
     void takeInitialInput();
+    void prepareRead();
     void topUp();
     void pullMore(std::ptrdiff_t wanted);
     std::ptrdiff_t ahead() const;

@@ -504,10 +504,8 @@ void QzXmlReader::takeInitialInput() {
 
 template <class Read>
 bool QzXmlReader::throughWindow(Read read) {
-    if (ahead() < topUpAt_) topUp();
-    // A read that ran out is tried again only once the input ahead has doubled, so that
-    // input fed a byte at a time costs no more than reading it whole.
-    if (triedAhead_ >= 0 && ahead() < retryAhead()) pullMore(retryAhead());
+    // Most reads start outside entities, a chunk ahead, with no try pending.
+    if (!frames_.empty() || triedAhead_ >= 0 || limit_ - cursor_ < topUpAt_) prepareRead();
     for (;;) {
         if (window_->exhausted()) return read();
         markState();
@@ -530,16 +528,25 @@ bool QzXmlReader::throughWindow(Read read) {
     }
 }
 
+void QzXmlReader::prepareRead() {
+    if (ahead() < topUpAt_) topUp();
+    // A read that ran out is tried again only once the input ahead has doubled, so that
+    // input fed a byte at a time costs no more than reading it whole.
+    if (triedAhead_ >= 0 && ahead() < retryAhead()) pullMore(retryAhead());
+}
+
 // Whether the error a read just raised is the one the whole input gives: the try before it
-// raised the same error in the same place with less input ahead, the place lies in the
-// document away from the window's end, and it is not one that more input could change. Where
-// input to come may yet fail to decode, that failure, which the in-memory reader meets first,
-// is waited for.
+// raised the same error in the same place with less input ahead, the place lies inside the
+// root element away from the window's end, and it is not one that more input could change.
+// Errors of the prolog, whose declarations are read by many small scans, wait for the input
+// as before. Where input to come may yet fail to decode, that failure, which the in-memory
+// reader meets first, is waited for.
 bool QzXmlReader::errorRepeated(const QzXmlParseError& error) {
     std::string seen = std::to_string(error.getLine()) + ':' + std::to_string(error.getColumn()) +
                        ' ' + error.what();
     const bool repeated = triedAhead_ >= 0 && seen == failedWith_ && !errorUnsettled_ &&
-                          frames_.empty() && limit_ - cursor_ > kLookAhead && !window_->mayRefuse();
+                          depth_ > 0 && frames_.empty() && limit_ - cursor_ > kLookAhead &&
+                          !window_->mayRefuse();
     errorUnsettled_ = false;
     failedWith_ = std::move(seen);
     return repeated;
@@ -2239,6 +2246,8 @@ const QzXmlReader::Byte* QzXmlReader::scanStrictName() {
         }
     }
     cursor_ = const_cast<Byte*>(p);
+    // A name cut by the window's end may yet go on: what is said of it waits for the rest.
+    if (p == limit_) errorUnsettled_ = true;
     checkNameLength(start);
     return start;
 }
