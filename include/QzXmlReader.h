@@ -23,7 +23,7 @@
 class QzXmlDoctype;
 class QzXmlInputWindow;
 class QzXmlMarkupLog;
-class QzXmlParseError;
+class Qzxmsg;
 
 /// Pull parser over one document, held in memory or read from a stream a chunk at a time (the
 /// stream constructor with options; QzXmlFeedReader takes input as the caller has it). The
@@ -180,7 +180,7 @@ private:
     std::ptrdiff_t ahead() const;
     std::ptrdiff_t retryAhead() const;
     bool mayHaveEnded() const;
-    bool errorRepeated(const QzXmlParseError& error);
+    bool errorRepeated(const Qzxmsg& error);
     bool pullOnce();
     void moveWindowPointers(const Byte* oldBegin, const Byte* oldEnd, const Byte* newBegin);
     void detachOpenNames();

@@ -517,7 +517,7 @@ bool QzXmlReader::throughWindow(Read read) {
                 return answer;
             }
             failedWith_.clear();
-        } catch (const QzXmlParseError& e) {
+        } catch (const Qzxmsg& e) {
             // An error that more input does not change stands: a broken document is not read
             // to its end before it is reported.
             if (errorRepeated(e)) throw;
@@ -541,9 +541,10 @@ void QzXmlReader::prepareRead() {
 // Errors of the prolog, whose declarations are read by many small scans, wait for the input
 // as before. Where input to come may yet fail to decode, that failure, which the in-memory
 // reader meets first, is waited for.
-bool QzXmlReader::errorRepeated(const QzXmlParseError& error) {
-    std::string seen = std::to_string(error.getLine()) + ':' + std::to_string(error.getColumn()) +
-                       ' ' + error.what();
+bool QzXmlReader::errorRepeated(const Qzxmsg& error) {
+    std::string seen = error.why();
+    if (const auto* parse = dynamic_cast<const QzXmlParseError*>(&error))
+        seen += ' ' + std::to_string(parse->getLine()) + ':' + std::to_string(parse->getColumn());
     const bool repeated = triedAhead_ >= 0 && seen == failedWith_ && !errorUnsettled_ &&
                           depth_ > 0 && frames_.empty() && limit_ - cursor_ > kLookAhead &&
                           !window_->mayRefuse();
