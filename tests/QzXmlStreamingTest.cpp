@@ -268,6 +268,10 @@ TEST(QzXmlStreaming, SplitsAtEveryEdge) {
             }
         }
     }
+    // A character outside a declared US-ASCII is named whole wherever a chunk cuts it.
+    const std::string ascii = "<?xml version='1.0' encoding='US-ASCII'?>\n<a>" +
+                              std::string(40, 'x') + "\xEF\xBB\xBF</a>";
+    EXPECT_EQ(checkDocument("US-ASCII", ascii), 0);
 }
 
 TEST(QzXmlStreaming, AFailingStreamIsAnError) {

@@ -207,8 +207,10 @@ bool QzXmlInputWindow::decodeBy(Stage& stage, std::string& bytes, std::string& o
         case Stage::Ascii: {
             // An offending byte is placed where it will lie in the window.
             const std::size_t at = out.size();
+            out += stage.carry;
             out += bytes;
-            return checkAscii(out, at, &out == &held_ ? 0 : held_.size());
+            stage.carry.clear();
+            return checkAscii(stage, out, at, &out == &held_ ? 0 : held_.size(), last);
         }
         case Stage::Latin1:
             out.reserve(out.size() + 2 * bytes.size());
@@ -306,10 +308,19 @@ void QzXmlInputWindow::normalize(Stage& stage, const std::string& bytes, std::st
     }
 }
 
-// The bytes of text from `from` on, which will lie at base + their place in the window.
-bool QzXmlInputWindow::checkAscii(const std::string& text, std::size_t from, std::size_t base) {
+// The bytes of text from `from` on, which will lie at base + their place in the window. A
+// character that the end of a piece cuts waits for the rest, so that it is named whole.
+bool QzXmlInputWindow::checkAscii(Stage& stage, std::string& text, std::size_t from,
+                                  std::size_t base, bool last) {
     for (std::size_t i = from; i < text.size(); ++i) {
-        if (static_cast<unsigned char>(text[i]) >= 0x80) {
+        const auto lead = static_cast<unsigned char>(text[i]);
+        if (lead >= 0x80) {
+            const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+            if (!last && text.size() - i < length) {
+                stage.carry.assign(text, i, std::string::npos);
+                text.resize(i);
+                return true;
+            }
             const auto* p = reinterpret_cast<const Byte*>(text.data()) + i;
             error_ = "The encoding is US-ASCII, but the document holds " +
                      QzXmlCharChecks::describe(p, p + (text.size() - i));

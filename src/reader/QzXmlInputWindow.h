@@ -98,7 +98,7 @@ private:
     static void decodeUtf16(Stage& stage, const std::string& bytes, std::string& out, bool last);
     bool decodeCharset(Stage& stage, const std::string& bytes, std::string& out, bool last);
     static void normalize(Stage& stage, const std::string& bytes, std::string& out, bool last);
-    bool checkAscii(const std::string& text, std::size_t from, std::size_t base);
+    bool checkAscii(Stage& stage, std::string& text, std::size_t from, std::size_t base, bool last);
 
     std::istream* stream_;
     std::size_t chunk_;
