@@ -58,7 +58,8 @@ int checkDocument(const std::string& name, const std::string& document) {
                             : three_way::streamed(document, mode(strict), size, access);
                 if (reportedWhereMet(expected)) {
                     const auto message = [](const std::string& line) {
-                        return line.substr(line.find(' ', 6));
+                        const std::size_t space = line.find(' ', 6);
+                        return space == std::string::npos ? line : line.substr(space);
                     };
                     if (message(got.back()) == message(expected.back())) continue;
                 }
@@ -250,6 +251,7 @@ TEST(QzXmlStreaming, SplitsAtEveryEdge) {
         "<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE9\xE8</a>",
         "<?xml version='1.0' encoding='windows-1252'?><a>\x80\x93\xE9</a>",
         "<?xml version='1.0' encoding='US-ASCII'?><a>ok</a>",
+        "<?xml version='1.0' encoding='UTF-7'?><a>+2D3eAA- x +2D3eAdg93gE-</a>",
         "<a>\xC3</a>",
         "<a></b>",
     };
@@ -272,6 +274,10 @@ TEST(QzXmlStreaming, SplitsAtEveryEdge) {
     const std::string ascii = "<?xml version='1.0' encoding='US-ASCII'?>\n<a>" +
                               std::string(40, 'x') + "\xEF\xBB\xBF</a>";
     EXPECT_EQ(checkDocument("US-ASCII", ascii), 0);
+    // A lone surrogate out of a charset ICU decodes fails as the in-memory conversion does.
+    const std::string lone =
+        "<?xml version='1.0' encoding='UTF-7'?>\n<a>" + std::string(40, 'x') + "+2D0-</a>";
+    EXPECT_EQ(checkDocument("UTF-7", lone), 0);
 }
 
 TEST(QzXmlStreaming, AFailingStreamIsAnError) {

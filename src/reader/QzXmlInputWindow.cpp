@@ -2,6 +2,7 @@
 
 #include <unicode/ucnv.h>
 #include <unicode/ustring.h>
+#include <unicode/utf16.h>
 
 #include <algorithm>
 #include <cstring>
@@ -256,12 +257,25 @@ bool QzXmlInputWindow::decodeCharset(Stage& stage, const std::string& bytes, std
                                      bool last) {
     UConverter* cnv = stage.converter->handle();
     std::u16string& units = stage.units;
-    units.resize(bytes.size() * 2 + 16);
+    // A lead surrogate that ended the last piece's units comes first.
+    const std::size_t held = units.size() == 1 ? 1 : 0;
+    units.resize(held + bytes.size() * 2 + 16);
     const char* source = bytes.data();
-    char16_t* target = &units[0];
+    char16_t* target = &units[held];
     UErrorCode status = U_ZERO_ERROR;
     ucnv_toUnicode(cnv, &target, &units[0] + units.size(), &source, source + bytes.size(), nullptr,
                    last, &status);
+    auto count = static_cast<int32_t>(target - &units[0]);
+    // A surrogate pair that the end of a piece parts is converted once whole.
+    const bool leadLast = !last && count > 0 && U16_IS_LEAD(units[count - 1]);
+    int32_t length = 0;
+    if (U_SUCCESS(status)) {
+        u_strToUTF8(nullptr, 0, &length, units.data(), count - leadLast, &status);
+        if (status == U_BUFFER_OVERFLOW_ERROR || status == U_STRING_NOT_TERMINATED_WARNING)
+            status = U_ZERO_ERROR;
+        // A lone surrogate is what the in-memory reader's conversion refuses as illegal.
+        if (status == U_INVALID_CHAR_FOUND) status = U_ILLEGAL_CHAR_FOUND;
+    }
     if (U_FAILURE(status)) {
         const Qzxmsg failure(QzMessage(&QZFOUNDATIONMSG_CONVERSION, u_errorName(status)));
         error_ = QzCString("Couldn't transcode from input encoding '") + stage.encoding +
@@ -269,14 +283,14 @@ bool QzXmlInputWindow::decodeCharset(Stage& stage, const std::string& bytes, std
         errorOffset_ = held_.size();
         return false;
     }
-    const auto count = static_cast<int32_t>(target - &units[0]);
-    int32_t length = 0;
-    status = U_ZERO_ERROR;
-    u_strToUTF8(nullptr, 0, &length, units.data(), count, &status);
     const std::size_t at = out.size();
     out.resize(at + static_cast<std::size_t>(length));
-    status = U_ZERO_ERROR;
-    u_strToUTF8(&out[at], length, &length, units.data(), count, &status);
+    u_strToUTF8(&out[at], length, &length, units.data(), count - leadLast, &status);
+    if (leadLast) {
+        units.assign(1, units[count - 1]);
+    } else {
+        units.clear();
+    }
     return true;
 }
 
