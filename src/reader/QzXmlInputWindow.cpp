@@ -27,6 +27,7 @@ struct QzXmlInputWindow::Stage {
     std::unique_ptr<QzUInit> init;
     std::unique_ptr<QzUToUnicodeConverter> converter;
     std::u16string units;
+    bool loneSurrogate = false;  ///< met in what was decoded; reported once all of it has been
 };
 
 QzXmlInputWindow::QzXmlInputWindow(std::istream& stream, std::size_t chunk)
@@ -268,14 +269,15 @@ bool QzXmlInputWindow::decodeCharset(Stage& stage, const std::string& bytes, std
     auto count = static_cast<int32_t>(target - &units[0]);
     // A surrogate pair that the end of a piece parts is converted once whole.
     const bool leadLast = !last && count > 0 && U16_IS_LEAD(units[count - 1]);
+    // A lone surrogate is what the in-memory conversion refuses, once the whole input has
+    // decoded: it is held as U+FFFD until then, so that a decoding failure after it comes first.
     int32_t length = 0;
-    if (U_SUCCESS(status)) {
-        u_strToUTF8(nullptr, 0, &length, units.data(), count - leadLast, &status);
-        if (status == U_BUFFER_OVERFLOW_ERROR || status == U_STRING_NOT_TERMINATED_WARNING)
-            status = U_ZERO_ERROR;
-        // A lone surrogate is what the in-memory reader's conversion refuses as illegal.
-        if (status == U_INVALID_CHAR_FOUND) status = U_ILLEGAL_CHAR_FOUND;
-    }
+    int32_t lone = 0;
+    UErrorCode converted = U_ZERO_ERROR;
+    u_strToUTF8WithSub(nullptr, 0, &length, units.data(), count - leadLast, 0xFFFD, &lone,
+                       &converted);
+    stage.loneSurrogate = stage.loneSurrogate || lone > 0;
+    if (U_SUCCESS(status) && last && stage.loneSurrogate) status = U_ILLEGAL_CHAR_FOUND;
     if (U_FAILURE(status)) {
         const Qzxmsg failure(QzMessage(&QZFOUNDATIONMSG_CONVERSION, u_errorName(status)));
         error_ = QzCString("Couldn't transcode from input encoding '") + stage.encoding +
@@ -285,7 +287,9 @@ bool QzXmlInputWindow::decodeCharset(Stage& stage, const std::string& bytes, std
     }
     const std::size_t at = out.size();
     out.resize(at + static_cast<std::size_t>(length));
-    u_strToUTF8(&out[at], length, &length, units.data(), count - leadLast, &status);
+    converted = U_ZERO_ERROR;
+    u_strToUTF8WithSub(&out[at], length, &length, units.data(), count - leadLast, 0xFFFD, nullptr,
+                       &converted);
     if (leadLast) {
         units.assign(1, units[count - 1]);
     } else {
