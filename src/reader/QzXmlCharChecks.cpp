@@ -56,7 +56,7 @@ QzCString QzXmlCharChecks::describeInvalidCharacter(const Byte* at, const Byte* 
     const Byte b0 = *at;
     if (b0 < 0x80) return hexCode("Character U+%04X is not allowed in XML", b0);
     // A complete sequence that decodes to a refused code point is named by that code point.
-    const int length = b0 >= 0xF0 ? 4 : b0 >= 0xE0 ? 3 : 2;
+    const int length = leadLength(b0);
     bool complete = last - at >= length && b0 >= 0xC2 && b0 <= 0xF4;
     for (int i = 1; complete && i < length; ++i)
         complete = (at[i] & 0xC0) == 0x80;

@@ -16,6 +16,10 @@ class QzXmlCharChecks {
 public:
     using Byte = unsigned char;
 
+    /// The bytes a sequence with this lead byte claims: 1 for ASCII and stray continuations.
+    static constexpr int leadLength(Byte b) {
+        return b >= 0xF0 ? 4 : b >= 0xE0 ? 3 : b >= 0xC0 ? 2 : 1;
+    }
     /// Length of the well-formed UTF-8 sequence at p of a character XML allows; 0 when the
     /// bytes from p on are anything else (overlong forms, surrogates, U+FFFE, U+FFFF, ...).
     static int characterLength(const Byte* p, const Byte* last) {
@@ -173,8 +177,7 @@ private:
         for (int back = 1; back <= 3 && p - back >= first; ++back) {
             const Byte b = p[-back];
             if (isContinuation(b)) continue;
-            const int length = b >= 0xF0 ? 4 : b >= 0xE0 ? 3 : b >= 0xC0 ? 2 : 1;
-            return length > back ? p - back : p;
+            return leadLength(b) > back ? p - back : p;
         }
         return p;
     }

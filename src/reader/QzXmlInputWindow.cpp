@@ -333,7 +333,7 @@ bool QzXmlInputWindow::checkAscii(Stage& stage, std::string& text, std::size_t f
     for (std::size_t i = from; i < text.size(); ++i) {
         const auto lead = static_cast<unsigned char>(text[i]);
         if (lead >= 0x80) {
-            const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+            const auto length = static_cast<std::size_t>(QzXmlCharChecks::leadLength(lead));
             if (!last && text.size() - i < length) {
                 stage.carry.assign(text, i, std::string::npos);
                 text.resize(i);
